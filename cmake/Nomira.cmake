@@ -1,0 +1,39 @@
+# What every target of the project shares, and the three kinds of targets it has.
+
+add_library(nomira_options INTERFACE)
+target_compile_options(nomira_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror)
+target_include_directories(nomira_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+if(NOMIRA_SANITIZE)
+    target_compile_options(nomira_options INTERFACE
+        -fsanitize=${NOMIRA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(nomira_options INTERFACE -fsanitize=${NOMIRA_SANITIZE})
+endif()
+
+# nomira_library(NAME LINKS lib... [PRIVATE_LINKS lib...] SOURCES file...)
+# One library per folder of src/; LINKS is what the folder may use, and nothing else is linked.
+function(nomira_library name)
+    cmake_parse_arguments(ARG "" "" "LINKS;PRIVATE_LINKS;SOURCES" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC nomira_options ${ARG_LINKS} PRIVATE ${ARG_PRIVATE_LINKS})
+    target_precompile_headers(${name} PRIVATE <string> <string_view> <vector> <memory> <optional>)
+endfunction()
+
+# nomira_program(NAME LINKS lib... SOURCES file...)
+function(nomira_program name)
+    cmake_parse_arguments(ARG "" "" "LINKS;SOURCES" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE nomira_options ${ARG_LINKS})
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+endfunction()
+
+# nomira_test(NAME LINKS lib... SOURCES file...)
+# One test program per folder of tests/; every test in it becomes a test of its own in ctest.
+function(nomira_test name)
+    cmake_parse_arguments(ARG "" "" "LINKS;SOURCES" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE nomira_options nomira_testing ${ARG_LINKS}
+                          GTest::gtest GTest::gtest_main)
+    target_precompile_headers(${name} REUSE_FROM nomira_testing)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,113 @@
+// One SQLite handle on one database file, and the file's life between rest and work.
+//
+// At rest the file is whole and alone: in rollback-journal mode, with no other file beside it, and
+// with no lock on it. The first write puts it into write-ahead mode, in which every row commits by
+// itself without waiting for the disk and a killed process loses nothing that was committed; Rest
+// puts it back. Where another process keeps the file from changing mode, writes go through the
+// rollback journal, which survives a killed process as well.
+#pragma once
+
+#include <sqlite3.h>
+#include <sys/types.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace nomira::sqlite {
+
+// Which file stood at a path, and with which rights.
+struct FileIdentity {
+    dev_t nDevice;
+    ino_t nInode;
+    mode_t nMode;
+    uid_t nOwner;
+    gid_t nGroup;
+
+    bool operator==(const FileIdentity&) const = default;
+};
+
+// Raises EngineFailure unless a file with something in it stands there: an empty one is no
+// database, though SQLite would take it for one.
+FileIdentity IdentifyFile(const std::filesystem::path& path);
+
+struct FinalizeStatement {
+    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+using StatementPtr = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
+
+// Leaves a prepared statement ready for its next use, whatever happened in between.
+class StatementUse {
+  public:
+    explicit StatementUse(sqlite3_stmt* statement) : m_statement(statement) {}
+    ~StatementUse() {
+        sqlite3_reset(m_statement);
+        sqlite3_clear_bindings(m_statement);
+    }
+    StatementUse(const StatementUse&) = delete;
+    StatementUse& operator=(const StatementUse&) = delete;
+
+  private:
+    sqlite3_stmt* m_statement;
+};
+
+class Database {
+  public:
+    // Opens the existing file that was identified at the path, for reading only if nobody may
+    // write it. Doesn't look into it; CheckReadable does. Raises EngineFailure.
+    Database(std::filesystem::path path, const FileIdentity& identity);
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    const std::filesystem::path& Path() const { return m_path; }
+    const FileIdentity& Identity() const { return m_identity; }
+    sqlite3* Handle() const { return m_handle; }
+
+    // Raises EngineFailure if the file is no database, or somebody else keeps it to himself.
+    void CheckReadable();
+    // Whether the latest statement ended because somebody else holds the file.
+    bool WasBusy() const { return !m_bPatient; }
+
+    // The text as a statement; raises EngineFailure if it is none, or more than one.
+    StatementPtr Prepare(std::string_view sSql);
+    // The same, kept for the next time; for texts without values in them. Good until the next call.
+    sqlite3_stmt* PrepareOnce(const std::string& sSql);
+
+    // Runs a statement on to its next row, and false behind the last one. Raises EngineFailure.
+    bool Step(sqlite3_stmt* statement);
+
+    // A transaction over what follows. Raise EngineFailure if there is one already, or none.
+    void BeginTransaction();
+    void CommitTransaction();
+    void RollbackTransaction();
+
+    // Puts the file back to rest, dropping a transaction that is still open. False if others are
+    // at work on it, so that it must stay as it is, for the last of them to put back.
+    bool Rest();
+
+    // Writes a compacted copy into the empty file at `path`. Raises EngineFailure.
+    void CopyCompacted(const std::filesystem::path& path);
+
+  private:
+    int Run(const char* sSql);
+    void RunOrRaise(const char* sSql);
+    int Patience() const;
+    void SetWaiting(int nMilliseconds);
+    void SetPatience(int nResult);
+    bool StepRaw(sqlite3_stmt* statement);
+    void PrepareToWrite();
+    bool IsWriteAhead();
+
+    std::filesystem::path m_path;
+    FileIdentity m_identity;
+    sqlite3* m_handle = nullptr;
+    std::unordered_map<std::string, StatementPtr> m_kept;
+    StatementPtr m_journalMode;
+    bool m_bPatient = true;
+    bool m_bJournalChosen = false;
+};
+
+}  // namespace nomira::sqlite

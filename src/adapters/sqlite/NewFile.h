@@ -1,0 +1,27 @@
+// A file that is being made: it wasn't there before, and it goes again unless it is finished.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+
+namespace nomira::sqlite {
+
+class NewFile {
+  public:
+    // Makes the empty file. Raises EngineFailure if anything of that name exists already.
+    NewFile(std::filesystem::path path, mode_t nPermissions);
+    // Removes the file unless Keep was called.
+    ~NewFile();
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    // Brings the file and its name to the disk, and leaves it there. Raises EngineFailure.
+    void Keep();
+
+  private:
+    std::filesystem::path m_path;
+    bool m_bKept = false;
+};
+
+}  // namespace nomira::sqlite

@@ -1,0 +1,59 @@
+// What a query gave, taken out of the database whole, so that nothing is held while it is read.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "adapters/sqlite/Database.h"
+#include "database/DatabaseEngine.h"
+
+namespace nomira::sqlite {
+
+struct ResultColumn {
+    Text sName;
+    // Where its values stand in the database; both empty for a computed one.
+    std::string sTable;
+    std::string sOrigin;
+};
+
+struct ResultRow {
+    std::int64_t nRowId = 0;  // only in a result that can be written
+    std::vector<FieldValue> values;
+};
+
+struct ResultSet {
+    std::vector<ResultColumn> columns;
+    std::vector<ResultRow> rows;
+    // The one table whose rows these are, and can be written; empty if there is no such table.
+    std::string sTable;
+};
+
+// Reads a query's rows whole; nullopt for a statement that gives none, which has then been run.
+// With `bWritable` the rows of one table come with what it takes to change them, as far as the
+// query lets them be told apart (not in a join or a union). Raises EngineFailure.
+std::optional<ResultSet> ReadQuery(Database& database, std::string_view sSql, bool bWritable);
+
+// A table's columns, its rows not read yet. Raises EngineFailure if there is no such table.
+ResultSet DescribeTable(Database& database, std::string_view sTable, bool bWritable);
+// A table's rows, in the database's order.
+std::vector<ResultRow> ReadTable(Database& database, std::string_view sTable, bool bWritable);
+
+// A column and the value it shall have.
+struct Assignment {
+    std::string sColumn;
+    FieldValue value;
+};
+
+// Adds a row and gives its id. Raises EngineFailure.
+std::int64_t InsertRow(Database& database, const std::string& sTable,
+                       const std::vector<Assignment>& assignments);
+// Changes one row. Raises EngineFailure, also if the row is gone.
+void UpdateRow(Database& database, const std::string& sTable, std::int64_t nRowId,
+               const std::vector<Assignment>& assignments);
+// One row's values of these columns; computed ones are Null. Raises EngineFailure without the row.
+std::vector<FieldValue> ReadRow(Database& database, const ResultSet& result, std::int64_t nRowId);
+
+}  // namespace nomira::sqlite

@@ -1,0 +1,45 @@
+#include "adapters/sqlite/SqliteEngine.h"
+
+#include <utility>
+
+#include "adapters/sqlite/ConnectionText.h"
+#include "adapters/sqlite/Failure.h"
+#include "adapters/sqlite/NewFile.h"
+#include "adapters/sqlite/SqliteRecordset.h"
+
+namespace nomira::sqlite {
+namespace {
+
+constexpr mode_t kPermissionBits = 0777;
+
+}  // namespace
+
+SqliteEngine::SqliteEngine(ResolvePath resolvePath)
+    : m_resolvePath(std::move(resolvePath)), m_pool(std::make_shared<DatabasePool>()) {}
+
+std::unique_ptr<Connection> SqliteEngine::CreateConnection() {
+    return std::make_unique<SqliteConnection>(m_resolvePath, m_pool);
+}
+
+std::unique_ptr<Recordset> SqliteEngine::CreateRecordset() {
+    return std::make_unique<SqliteRecordset>();
+}
+
+void SqliteEngine::CompactDatabase(TextView sSource, TextView sDestination) {
+    const std::filesystem::path source = NamedFile(sSource);
+    const std::filesystem::path destination = NamedFile(sDestination);
+    // Not given back to the pool: the caller is about to put the copy in the source's place.
+    const std::unique_ptr<Database> database = m_pool->Take(source);
+    if (!database->Rest()) RaiseFailure("the database is in use");
+    NewFile copy(destination, database->Identity().nMode & kPermissionBits);
+    database->CopyCompacted(destination);
+    copy.Keep();
+}
+
+std::filesystem::path SqliteEngine::NamedFile(TextView sConnectionText) const {
+    const TextView sPath = DatabasePath(sConnectionText);
+    if (sPath.empty()) RaiseFailure("the connection text names no file");
+    return m_resolvePath(sPath);
+}
+
+}  // namespace nomira::sqlite

@@ -1,0 +1,34 @@
+// The database engine over SQLite files.
+//
+// Closed connections' handles stay warm in a pool; the file itself is held by nobody then. The
+// process must not open and close a database file by other means while the engine lives: closing
+// any descriptor of a file ends all locks that the process has on it.
+#pragma once
+
+#include <memory>
+
+#include "adapters/sqlite/SqliteConnection.h"
+#include "database/DatabaseEngine.h"
+
+namespace nomira::sqlite {
+
+class SqliteEngine : public DatabaseEngine {
+  public:
+    // `resolvePath` finds the file that a path of the program, such as
+    // C:\tqx\data\orvo_con.mdb, means on this machine.
+    explicit SqliteEngine(ResolvePath resolvePath);
+
+    std::unique_ptr<Connection> CreateConnection() override;
+    std::unique_ptr<Recordset> CreateRecordset() override;
+
+    // The copy has the source's rights. "Engine Type" in the destination means nothing here.
+    void CompactDatabase(TextView sSource, TextView sDestination) override;
+
+  private:
+    std::filesystem::path NamedFile(TextView sConnectionText) const;
+
+    ResolvePath m_resolvePath;
+    std::shared_ptr<DatabasePool> m_pool;
+};
+
+}  // namespace nomira::sqlite

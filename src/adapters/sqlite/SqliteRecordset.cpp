@@ -1,0 +1,195 @@
+#include "adapters/sqlite/SqliteRecordset.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "adapters/sqlite/Failure.h"
+#include "adapters/sqlite/Utf8.h"
+#include "langtools/BasicText.h"
+#include "langtools/RuntimeError.h"
+
+namespace nomira::sqlite {
+namespace {
+
+bool IsIdentifierCharacter(char16_t c) {
+    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') ||
+           c == u'_';
+}
+
+bool IsOneWord(TextView sSource) {
+    return !sSource.empty() && std::all_of(sSource.begin(), sSource.end(), IsIdentifierCharacter);
+}
+
+}  // namespace
+
+void SqliteRecordset::Open(TextView sSource, Connection& connection, CursorKind cursor,
+                           LockKind lock, std::int32_t nOptions) {
+    if (State() == kStateOpen) RaiseFailure("the recordset is open already");
+    auto* sqliteConnection = dynamic_cast<SqliteConnection*>(&connection);
+    if (sqliteConnection == nullptr) RaiseFailure("a connection of another engine");
+    const std::shared_ptr<Session> session = sqliteConnection->OpenSession();
+
+    *this = SqliteRecordset();
+    const bool bWritable = cursor == CursorKind::Keyset && lock != LockKind::ReadOnly;
+    const TextView sTrimmed = Trim(sSource);
+    if (nOptions == kOptionTable || IsOneWord(sTrimmed))
+        OpenTable(session->Get(), sTrimmed, bWritable);
+    else
+        OpenQuery(session->Get(), sTrimmed, bWritable);
+    m_session = session;
+}
+
+void SqliteRecordset::OpenTable(Database& database, TextView sTable, bool bWritable) {
+    m_sUnreadTable = ToUtf8(sTable);
+    m_result = DescribeTable(database, m_sUnreadTable, bWritable);
+    m_bWritable = !m_result.sTable.empty();
+    m_bOpen = true;
+}
+
+void SqliteRecordset::OpenQuery(Database& database, TextView sSql, bool bWritable) {
+    std::optional<ResultSet> result = ReadQuery(database, ToUtf8(sSql), bWritable);
+    if (!result) return;
+    m_result = std::move(*result);
+    m_bWritable = !m_result.sTable.empty();
+    m_bOpen = true;
+}
+
+std::int32_t SqliteRecordset::State() const {
+    return m_bOpen && !m_session.expired() ? kStateOpen : kStateClosed;
+}
+
+void SqliteRecordset::Close() {
+    TheDatabase();
+    *this = SqliteRecordset();
+}
+
+bool SqliteRecordset::Bof() const {
+    ReadPendingRows();
+    return m_result.rows.empty() && !m_addedRow;
+}
+
+bool SqliteRecordset::Eof() const {
+    ReadPendingRows();
+    return m_nRow >= m_result.rows.size() && !m_addedRow;
+}
+
+void SqliteRecordset::MoveFirst() {
+    ReadPendingRows();
+    DropEdit();
+    if (m_result.rows.empty()) Raise(ErrorNumber::NoCurrentRecord);
+    m_addedRow.reset();
+    m_nRow = 0;
+}
+
+void SqliteRecordset::MoveNext() {
+    if (Eof()) Raise(ErrorNumber::NoCurrentRecord);
+    DropEdit();
+    if (m_addedRow) {
+        m_addedRow.reset();
+        m_nRow = m_result.rows.size();
+    } else {
+        ++m_nRow;
+    }
+}
+
+FieldValue SqliteRecordset::Field(TextView sName) {
+    Database& database = TheDatabase();
+    const std::size_t nColumn = ColumnIndex(sName);
+    if (const FieldValue* pending = PendingValue(nColumn)) return *pending;
+    if (m_edit == Edit::Adding) return {};
+    ResultRow& row = CurrentRow();
+    if (row.values.empty()) row.values = ReadRow(database, m_result, row.nRowId);
+    return row.values[nColumn];
+}
+
+void SqliteRecordset::AddNew() {
+    TheDatabase();
+    if (!m_bWritable) Raise(ErrorNumber::UpdateNotAllowed);
+    DropEdit();
+    m_edit = Edit::Adding;
+}
+
+void SqliteRecordset::SetField(TextView sName, const FieldValue& value) {
+    TheDatabase();
+    const std::size_t nColumn = ColumnIndex(sName);
+    const bool bOfTable = m_bWritable && m_result.columns[nColumn].sTable == m_result.sTable;
+    if (!bOfTable) Raise(ErrorNumber::UpdateNotAllowed);
+    if (m_edit == Edit::None) {
+        CurrentRow();
+        m_edit = Edit::Changing;
+    }
+    std::erase_if(m_pending, [nColumn](const PendingField& p) { return p.nColumn == nColumn; });
+    m_pending.push_back({nColumn, value});
+}
+
+void SqliteRecordset::Update() {
+    TheDatabase();
+    const Edit edit = m_edit;
+    const std::vector<Assignment> assignments = PendingAssignments();
+    DropEdit();
+    if (edit == Edit::Adding) WriteNewRow(assignments);
+    if (edit == Edit::Changing) WriteCurrentRow(assignments);
+}
+
+void SqliteRecordset::WriteNewRow(const std::vector<Assignment>& assignments) {
+    const std::int64_t nRowId = InsertRow(TheDatabase(), m_result.sTable, assignments);
+    m_addedRow = ResultRow{nRowId, {}};
+    // Rows that are still unread will have the new one among them.
+    if (m_sUnreadTable.empty()) m_result.rows.push_back(*m_addedRow);
+}
+
+void SqliteRecordset::WriteCurrentRow(const std::vector<Assignment>& assignments) {
+    ResultRow& row = CurrentRow();
+    UpdateRow(TheDatabase(), m_result.sTable, row.nRowId, assignments);
+    row.values.clear();  // read again when asked for, as the database has them now
+}
+
+Database& SqliteRecordset::TheDatabase() const {
+    const std::shared_ptr<Session> session = m_session.lock();
+    if (!m_bOpen || !session) Raise(ErrorNumber::ObjectClosed);
+    return session->Get();
+}
+
+void SqliteRecordset::ReadPendingRows() const {
+    Database& database = TheDatabase();
+    if (m_sUnreadTable.empty()) return;
+    m_result.rows = ReadTable(database, m_sUnreadTable, m_bWritable);
+    m_sUnreadTable.clear();
+}
+
+ResultRow& SqliteRecordset::CurrentRow() {
+    if (m_addedRow) return *m_addedRow;
+    ReadPendingRows();
+    if (m_nRow >= m_result.rows.size()) Raise(ErrorNumber::NoCurrentRecord);
+    return m_result.rows[m_nRow];
+}
+
+std::size_t SqliteRecordset::ColumnIndex(TextView sName) const {
+    const auto& columns = m_result.columns;
+    const auto found = std::find_if(columns.begin(), columns.end(), [&](const ResultColumn& c) {
+        return EqualNoCase(c.sName, sName);
+    });
+    if (found == columns.end()) Raise(ErrorNumber::NoSuchField);
+    return static_cast<std::size_t>(found - columns.begin());
+}
+
+const FieldValue* SqliteRecordset::PendingValue(std::size_t nColumn) const {
+    const auto found =
+        std::find_if(m_pending.begin(), m_pending.end(),
+                     [nColumn](const PendingField& p) { return p.nColumn == nColumn; });
+    return found == m_pending.end() ? nullptr : &found->value;
+}
+
+void SqliteRecordset::DropEdit() {
+    m_edit = Edit::None;
+    m_pending.clear();
+}
+
+std::vector<Assignment> SqliteRecordset::PendingAssignments() const {
+    std::vector<Assignment> assignments;
+    for (const PendingField& pending : m_pending)
+        assignments.push_back({m_result.columns[pending.nColumn].sOrigin, pending.value});
+    return assignments;
+}
+
+}  // namespace nomira::sqlite

@@ -1,0 +1,129 @@
+#include "apps/nomiractl/ProgramRewrite.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+
+#include "conversion/TextImport.h"
+#include "langtools/CodePage.h"
+#include "langtools/RuntimeError.h"
+#include "userprogram/FoldHeader.h"
+
+namespace nomira::companion {
+namespace {
+
+struct ProgramLine {
+    std::string_view body;
+    std::string_view end;  // "\r\n", "\r", or nothing behind a last line
+};
+
+ProgramLine CutLine(std::string_view bytes) {
+    const std::size_t nReturn = bytes.find('\r');
+    if (nReturn == std::string_view::npos) return {bytes, {}};
+    const bool bLineFeed = bytes.substr(nReturn + 1, 1) == "\n";
+    return {bytes.substr(0, nReturn), bytes.substr(nReturn, bLineFeed ? 2 : 1)};
+}
+
+std::vector<ProgramLine> CutLines(std::string_view bytes) {
+    std::vector<ProgramLine> lines;
+    while (!bytes.empty()) {
+        lines.push_back(CutLine(bytes));
+        bytes.remove_prefix(lines.back().body.size() + lines.back().end.size());
+    }
+    return lines;
+}
+
+// The line as the core leaves it.
+Text Rewritten(const Text& sLine) {
+    g_sLine = sLine;
+    RewriteFoldLine();
+    return g_sLine;
+}
+
+constexpr std::size_t kContext = 3;
+
+// One block of a diff: lines nFrom up to nTo, zero-based, nTo excluded.
+struct Hunk {
+    std::size_t nFrom, nTo;
+};
+
+// Changes whose contexts touch share a block.
+std::vector<Hunk> Hunks(const std::vector<LineChange>& changes, std::size_t nLines) {
+    std::vector<Hunk> hunks;
+    for (const LineChange& change : changes) {
+        const auto nPlace = static_cast<std::size_t>(change.nLine - 1);
+        const std::size_t nFrom = nPlace < kContext ? 0 : nPlace - kContext;
+        const std::size_t nTo = std::min(nLines, nPlace + kContext + 1);
+        if (!hunks.empty() && nFrom <= hunks.back().nTo) {
+            hunks.back().nTo = nTo;
+        } else {
+            hunks.push_back({nFrom, nTo});
+        }
+    }
+    return hunks;
+}
+
+void AppendHunk(std::string& diff, const Hunk& hunk, const std::vector<ProgramLine>& lines,
+                std::vector<LineChange>::const_iterator& change,
+                std::vector<LineChange>::const_iterator last) {
+    const auto write = [&diff](char cMark, std::string_view body, std::string_view end) {
+        fmt::format_to(std::back_inserter(diff), "{}{}{}\n", cMark, body,
+                       end == "\r\n" ? "\r" : end);
+    };
+    const std::size_t nCount = hunk.nTo - hunk.nFrom;
+    fmt::format_to(std::back_inserter(diff), "@@ -{0},{1} +{0},{1} @@\n", hunk.nFrom + 1, nCount);
+    for (std::size_t n = hunk.nFrom; n < hunk.nTo; ++n) {
+        if (change == last || static_cast<std::size_t>(change->nLine - 1) != n) {
+            write(' ', lines[n].body, lines[n].end);
+            continue;
+        }
+        write('-', change->sOld, lines[n].end);
+        write('+', change->sNew, lines[n].end);
+        ++change;
+    }
+}
+
+}  // namespace
+
+RewritePlan PlanRewrite(std::string_view bytes, CollectingDesktop& desktop) {
+    RewritePlan plan;
+    std::int64_t nLine = 0;
+    for (const ProgramLine& line : CutLines(bytes)) {
+        ++nLine;
+        const Text sOld = SystemCodePage().Decode(line.body);
+        Text sNew;
+        try {
+            sNew = Rewritten(sOld);
+        } catch (const RuntimeError& error) {
+            plan.stopped = LineFinding{nLine, error.Description()};
+            plan.changes.clear();
+            plan.sNewBytes = bytes;
+            return plan;
+        }
+        for (Text& sBox : desktop.TakeBoxes())
+            plan.refused.push_back({nLine, std::move(sBox)});
+        if (sNew == sOld) {
+            plan.sNewBytes.append(line.body).append(line.end);
+            continue;
+        }
+        plan.changes.push_back({nLine, std::string(line.body), SystemCodePage().Encode(sNew)});
+        plan.sNewBytes.append(plan.changes.back().sNew).append(line.end);
+    }
+    return plan;
+}
+
+std::string UnifiedDiff(std::string_view sName, std::string_view bytes,
+                        const std::vector<LineChange>& changes) {
+    std::string diff;
+    if (changes.empty()) return diff;
+    const std::vector<ProgramLine> lines = CutLines(bytes);
+    fmt::format_to(std::back_inserter(diff), "--- a/{0}\n+++ b/{0}\n", sName);
+    auto change = changes.cbegin();
+    for (const Hunk& hunk : Hunks(changes, lines.size())) {
+        AppendHunk(diff, hunk, lines, change, changes.cend());
+    }
+    return diff;
+}
+
+}  // namespace nomira::companion

@@ -1,0 +1,71 @@
+#include "conversion/PassObserver.h"
+
+#include <algorithm>
+
+#include "conversion/KeyScheme.h"
+#include "langtools/ProgramState.h"
+
+namespace nomira {
+namespace {
+
+PassObserver* g_observer = nullptr;
+
+const OnProgramReset g_reset{[] { g_observer = nullptr; }};
+
+constexpr TextView kProcParamModule = u"ZTQXProcParam";
+
+// The class's prefix as a text file of that kind of installation has it.
+TextView FilePrefix(const SignalClass& signalClass, bool bCustomer) {
+    if (bCustomer) return signalClass.sCustomerPrefix;
+    return signalClass.sModule == kProcParamModule ? TextView() : signalClass.sPrefix;
+}
+
+// How many digits make up all that follows the prefix; 0 if that isn't so.
+int DigitsBehind(TextView sPrefix, TextView sWord) {
+    if (!sWord.starts_with(sPrefix)) return 0;
+    const TextView sNumber = sWord.substr(sPrefix.size());
+    const bool bDigits = std::all_of(sNumber.begin(), sNumber.end(),
+                                     [](char16_t c) { return c >= u'0' && c <= u'9'; });
+    return bDigits ? static_cast<int>(sNumber.size()) : 0;
+}
+
+enum class Fit { No, Yes, TooLong };
+
+// Whether the word is some class's key in that kind of installation's text files.
+Fit FitOf(TextView sWord, bool bCustomer) {
+    for (const SignalClass& signalClass : SignalClasses()) {
+        const int nDigits = DigitsBehind(FilePrefix(signalClass, bCustomer), sWord);
+        if (nDigits > 0) return nDigits <= signalClass.nMaxDigits ? Fit::Yes : Fit::TooLong;
+    }
+    return Fit::No;
+}
+
+}  // namespace
+
+void PassObserver::LineStored(std::int64_t /*nLine*/, TextView /*sKey*/, TextView /*sModule*/,
+                              TextView /*sText*/, bool /*bStored*/) {}
+
+void PassObserver::LinePassedOver(std::int64_t /*nLine*/, TextView /*sLine*/,
+                                  PassedOver /*reason*/) {}
+
+void PassObserver::RowExported(TextView /*sKey*/, TextView /*sText*/) {}
+
+void PassObserver::RowLeftOut(TextView /*sKey*/, TextView /*sText*/) {}
+
+void SetPassObserver(PassObserver* observer) {
+    g_observer = observer;
+}
+
+PassObserver& ThePassObserver() {
+    static PassObserver nobody;
+    return g_observer ? *g_observer : nobody;
+}
+
+PassedOver ReasonPassedOver(TextView sFirstWord, bool bCustomer) {
+    if (sFirstWord.empty()) return PassedOver::Blank;
+    if (FitOf(sFirstWord, bCustomer) == Fit::TooLong) return PassedOver::TooManyDigits;
+    if (FitOf(sFirstWord, !bCustomer) == Fit::Yes) return PassedOver::OtherForm;
+    return ClassOfKey(sFirstWord) ? PassedOver::OtherForm : PassedOver::UnknownKey;
+}
+
+}  // namespace nomira

@@ -1,0 +1,265 @@
+#include "conversion/TextImport.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "conversion/KeyScheme.h"
+#include "conversion/Matches.h"
+#include "conversion/PassObserver.h"
+#include "database/adoModul.h"
+#include "frame/Progress.h"
+#include "langtools/BasicText.h"
+#include "langtools/CParser.h"
+#include "langtools/CTools.h"
+#include "langtools/ProgramState.h"
+#include "langtools/RuntimeError.h"
+#include "platform/Platform.h"
+#include "ui/formlayer/FormLayer.h"
+
+namespace nomira {
+
+Text g_sLine;
+Text g_vSymbol;
+Text g_vLongName;
+
+namespace {
+
+const OnProgramReset g_reset{[] {
+    g_sLine.clear();
+    g_vSymbol.clear();
+    g_vLongName.clear();
+}};
+
+// The prefixes of this installation, as GetKeyPrefixes fills them. The process parameter's stays
+// empty on a standard installation: there its key is the bare number.
+struct KeyPrefixes {
+    Text sIn, sOut, sAnIn, sAnOut, sBinIn, sBinOut;
+    Text sNotice, sCounter, sFlag, sTimer, sProcParam;
+    bool bCustomer = false;
+
+    KeyPrefixes() {
+        GetKeyPrefixes(sIn, sOut, sAnIn, sAnOut, sBinIn, sBinOut, sNotice, sCounter, sFlag, sTimer,
+                       sProcParam, &bCustomer);
+    }
+};
+
+struct ImportedClass {
+    TextView sStandardPrefix;
+    Text KeyPrefixes::*pPrefix;  // as the file has it
+    bool bReasonToWipe;
+};
+
+// The signals in the order in which a line's key is tested; the welding channels follow.
+constexpr std::array<ImportedClass, kPlainClassCount> kImportOrder{{
+    {u"IN_", &KeyPrefixes::sIn, true},
+    {u"OUT_", &KeyPrefixes::sOut, true},
+    {u"ANIN_", &KeyPrefixes::sAnIn, true},
+    {u"ANOUT_", &KeyPrefixes::sAnOut, true},
+    // The binary classes are wiped with the others, but never were asked for.
+    {u"BININ_", &KeyPrefixes::sBinIn, false},
+    {u"BINOUT_", &KeyPrefixes::sBinOut, false},
+    {u"ZTQXProcParam_", &KeyPrefixes::sProcParam, true},
+    {u"NoticeText", &KeyPrefixes::sNotice, true},
+    {u"CounterText", &KeyPrefixes::sCounter, true},
+    {u"FlagText", &KeyPrefixes::sFlag, true},
+    {u"TimerText", &KeyPrefixes::sTimer, true},
+}};
+
+const SignalClass& ClassOfPrefix(TextView sStandardPrefix) {
+    const auto& classes = SignalClasses();
+    return *std::find_if(classes.begin(), classes.end(),
+                         [sStandardPrefix](const auto& c) { return c.sPrefix == sStandardPrefix; });
+}
+
+// A form that a key can have in the file.
+struct KeyForm {
+    Text sPattern;  // covers the whole key
+    Text sPrefix;
+    const SignalClass* pClass;
+    bool bReasonToWipe;
+};
+
+// All forms that this installation knows, made once per pass, in the order of the tests.
+class KeyForms {
+  public:
+    KeyForms() {
+        for (const ImportedClass& imported : kImportOrder)
+            Add(m_prefixes.*imported.pPrefix, ClassOfPrefix(imported.sStandardPrefix),
+                imported.bReasonToWipe);
+        for (const SignalClass& signalClass : SignalClasses())
+            if (signalClass.bWelding) Add(Text(signalClass.sPrefix), signalClass, true);
+    }
+
+    bool IsCustomer() const { return m_prefixes.bCustomer; }
+
+    // nullptr if the word is no key.
+    const KeyForm* Find(TextView sWord) const {
+        const auto found = std::find_if(m_forms.begin(), m_forms.end(), [sWord](const auto& form) {
+            return Matches(sWord, form.sPattern);
+        });
+        return found == m_forms.end() ? nullptr : &*found;
+    }
+
+    // The key as the database has it.
+    Text Stored(const KeyForm& form, const Text& sKey) const {
+        if (!IsCustomer() || form.pClass->bWelding) return sKey;
+        return SwapKeyPrefix(sKey, form.sPrefix, form.pClass->sPrefix);
+    }
+
+  private:
+    void Add(const Text& sPrefix, const SignalClass& signalClass, bool bReasonToWipe) {
+        Text sPattern = sPrefix;
+        for (int nDigits = 1; nDigits <= signalClass.nMaxDigits; ++nDigits) {
+            sPattern += u'#';
+            m_forms.push_back({sPattern, sPrefix, &signalClass, bReasonToWipe});
+        }
+    }
+
+    KeyPrefixes m_prefixes;
+    std::vector<KeyForm> m_forms;
+};
+
+// nullptr if the file can't be opened.
+std::unique_ptr<InputFile> OpenTextFile(TextView sFile) {
+    try {
+        return TheFiles().OpenForInput(sFile);
+    } catch (const RuntimeError&) {
+        return nullptr;
+    }
+}
+
+void ShowConverting() {
+    if (auto* label = FindControl<Label>(u"StdForm", u"Information"))
+        label->SetCaption(u"converting data");
+}
+
+// The first word of g_sLine; empty in a line of blanks.
+void TakeSymbol() {
+    g_Parser().Parse(Trim(g_sLine), u" ", u" ");
+    g_vSymbol = g_Parser().Token(1);
+}
+
+// The line isn't trimmed before its key is taken off: with blanks ahead of the key it doesn't
+// begin with it, and the key stays in the long text as its first word.
+void TakeLongName(bool bWelding) {
+    g_vLongName = Trim(g_Tools().RemoveFirstToken(g_sLine, g_vSymbol));
+    if (!bWelding && g_vLongName.empty()) g_vLongName = kEmptyMarker;
+}
+
+void StoreLine(const KeyForms& forms, std::int64_t nLine) {
+    NormalizeUmlauts(g_sLine);
+    TakeSymbol();
+    const KeyForm* form = forms.Find(g_vSymbol);
+    if (!form) {
+        ThePassObserver().LinePassedOver(nLine, g_sLine,
+                                         ReasonPassedOver(g_vSymbol, forms.IsCustomer()));
+        return;
+    }
+    TakeLongName(form->pClass->bWelding);
+    g_vSymbol = forms.Stored(*form, g_vSymbol);
+    const bool bStored = StoreLongText(g_vLongName, form->pClass->sModule, g_vSymbol);
+    ThePassObserver().LineStored(nLine, g_vSymbol, form->pClass->sModule, g_vLongName, bStored);
+}
+
+// Wipes a set of classes at the first key that asks for it, and never again.
+class Wipe {
+  public:
+    void ForKey(const KeyForm& form) {
+        if (form.pClass->bWelding)
+            Once(m_bWeldingDone, WipeWeldingChannels);
+        else if (form.bReasonToWipe)
+            Once(m_bSignalsDone, WipeSignals);
+    }
+
+  private:
+    static void Once(bool& bDone, void (*wipe)()) {
+        if (bDone) return;
+        bDone = true;
+        wipe();
+    }
+    static void Delete(const SignalClass& signalClass) {
+        DeleteItemsByPrefix(signalClass.sPrefix, signalClass.sModule, signalClass.Size());
+    }
+    static void WipeWeldingChannels() {
+        for (const SignalClass& signalClass : SignalClasses())
+            if (signalClass.bWelding) Delete(signalClass);
+    }
+    static void WipeSignals() {
+        for (const SignalClass& signalClass : SignalClasses()) {
+            if (signalClass.bWelding) continue;
+            AdvanceProgress();
+            Delete(signalClass);
+        }
+    }
+
+    bool m_bWeldingDone = false;
+    bool m_bSignalsDone = false;
+};
+
+struct Spelling {
+    TextView sLetter;
+    TextView sSpelledOut;
+};
+
+constexpr TextView kUmlauts = u"öÖäÄüÜß";
+constexpr std::array<Spelling, 7> kSpellings{{
+    {u"ö", u"oe"},
+    {u"Ö", u"Oe"},
+    {u"ä", u"ae"},
+    {u"Ä", u"Ae"},
+    {u"ü", u"ue"},
+    {u"Ü", u"Ue"},
+    {u"ß", u"ss"},
+}};
+constexpr Spelling kTab{u"\t", u"    "};
+
+void SpellOut(Text& sLine, const Spelling& spelling) {
+    sLine = g_Tools().ReplaceAllSubStrings(sLine, spelling.sLetter, spelling.sSpelledOut);
+}
+
+}  // namespace
+
+void TextIntoDb(TextView sFile) {
+    std::unique_ptr<InputFile> file = OpenTextFile(sFile);
+    if (!file) return;
+    const KeyForms forms;
+    OpenDatabase(kLongTextDatabase);
+    ShowConverting();
+    ThePassObserver().ImportBegins();
+    for (std::int64_t nLine = 1; !file->AtEnd(); ++nLine) {
+        file->ReadLine(g_sLine);
+        StoreLine(forms, nLine);
+        AdvanceProgress();
+    }
+    file.reset();
+    CloseDatabase();
+    NotifyDatabaseChanged();
+}
+
+void ClearDbForTextFile(TextView sFile) {
+    const std::unique_ptr<InputFile> file = OpenTextFile(sFile);
+    if (!file) return;
+    const KeyForms forms;
+    OpenDatabase(kLongTextDatabase);
+    Wipe wipe;
+    while (!file->AtEnd()) {
+        file->ReadLine(g_sLine);
+        TakeSymbol();
+        if (const KeyForm* form = forms.Find(g_vSymbol)) wipe.ForKey(*form);
+    }
+    CloseDatabase();
+    NotifyDatabaseChanged();
+}
+
+Text& NormalizeUmlauts(Text& sLine) {
+    if (g_Tools().FindChrInStr(sLine, kUmlauts))
+        for (const Spelling& spelling : kSpellings)
+            SpellOut(sLine, spelling);
+    if (InStr(sLine, kTab.sLetter) > 0) SpellOut(sLine, kTab);
+    return sLine;
+}
+
+}  // namespace nomira

@@ -1,0 +1,39 @@
+// The settings, all from the registry and only read: text-file defaults, customer, options.
+// There is no failure path: what is missing or can't be read is the empty text, and the defaults
+// take over. A value counts as blank if nothing but blanks (U+0020) is in it; a value that isn't
+// blank is kept as read, with the blanks around it.
+#pragma once
+
+#include "langtools/Text.h"
+#include "platform/Registry.h"
+
+namespace nomira {
+
+// The customer value that selects the customer variant: other key names and default paths.
+// Compared exactly.
+inline constexpr TextView kCustomerVw = u"VW";
+
+// File pattern of the text file, such as u"*.txt"; its last four characters are the extension of
+// the default file name.
+extern Text g_sTextFileExt;
+// Base name of the text file.
+extern Text g_sTextFileName;
+// Directory of the text file, relative to g_sInstallDir, with a leading "\".
+extern Text g_sTextFilePath;
+
+// The value's text: its bytes but for the last one, which in a string value is the terminator.
+// Clears sResult on entry and leaves the text there too. Empty if the key or value is missing.
+// Raises Overflow for a value of more than 32,769 bytes, for the bytes are counted with 16 bits.
+Text ReadRegistryString(RegistryRoot root, TextView sKey, TextView sValueName, Text& sResult);
+
+// The customer's name, or the empty text if it is blank. Reads the registry at each call.
+Text GetCustomer();
+// Whether this is an installation of the customer variant: GetCustomer equals kCustomerVw.
+bool IsCustomerVw();
+// Whether the ASCII option has left its name in the registry. Reads the registry at each call.
+bool IsAsciiOptionInstalled();
+
+// Sets the three text-file settings; called once, by Main.
+void ReadTextFileSettings();
+
+}  // namespace nomira

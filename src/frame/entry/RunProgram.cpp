@@ -1,0 +1,31 @@
+#include "frame/entry/RunProgram.h"
+
+#include <cstdint>
+
+#include "frame/entry/Main.h"
+#include "langtools/BasicText.h"
+#include "langtools/RuntimeError.h"
+#include "platform/Platform.h"
+
+namespace nomira {
+namespace {
+
+void ShowRunTimeBox(const RuntimeError& error) {
+    const Text sNumber = DecimalText(static_cast<std::int32_t>(error.Number()));
+    const Text sText = u"Run-time error '" + sNumber + u"':\r\n\r\n" + error.Description();
+    TheDesktop().ShowMessageBox(sText, kApplicationTitle, BoxIcon::None);
+}
+
+}  // namespace
+
+int RunProgram() {
+    try {
+        Main();
+        return 0;
+    } catch (const RuntimeError& error) {
+        ShowRunTimeBox(error);
+        return 1;
+    }
+}
+
+}  // namespace nomira

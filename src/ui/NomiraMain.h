@@ -1,0 +1,23 @@
+// The desktop form: the front end on any PC that is no controller.
+//
+// So far the form is its caption, its size and its progress bar, which is what the start-up and
+// the progress call need of it. The lists, the options, the buttons and their logic are not built
+// yet, and no view shows the form.
+#pragma once
+
+#include "ui/FormDesign.h"
+
+namespace nomira {
+
+// The name by which the form is known in the collection of loaded forms.
+inline constexpr TextView kNomiraMainClass = u"NomiraMain";
+
+class NomiraMain : public DesignedForm {
+  public:
+    NomiraMain();
+
+    // The bar begins at 1 of 1 to 27.
+    void Load() override;
+};
+
+}  // namespace nomira

@@ -1,0 +1,20 @@
+// The pendant form: the front end on a controller.
+//
+// So far the form is its caption, its size and its progress bar, which is what the start-up and
+// the progress call need of it. The keys, the lists and their logic are not built yet, and no view
+// shows the form.
+#pragma once
+
+#include "ui/FormDesign.h"
+
+namespace nomira {
+
+// The name by which the form is known in the collection of loaded forms.
+inline constexpr TextView kStdBofFormClass = u"StdBofForm";
+
+class StdBofForm : public DesignedForm {
+  public:
+    StdBofForm();
+};
+
+}  // namespace nomira

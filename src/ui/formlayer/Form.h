@@ -1,0 +1,84 @@
+// A form: a named object that holds controls, found by name.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "langtools/RuntimeError.h"
+#include "langtools/Text.h"
+#include "ui/formlayer/Controls.h"
+
+namespace nomira {
+
+class Form {
+  public:
+    // `sClass` is the form's kind and its name in the collection of loaded forms.
+    explicit Form(Text sClass);
+    virtual ~Form() = default;
+    Form(const Form&) = delete;
+    Form& operator=(const Form&) = delete;
+
+    const Text& Class() const { return m_sClass; }
+
+    const Text& Caption() const { return m_sCaption; }
+    void SetCaption(TextView sCaption);
+
+    // Twips on the screen; the size is that of the client area.
+    std::int32_t Left() const { return m_nLeft; }
+    std::int32_t Top() const { return m_nTop; }
+    std::int32_t Width() const { return m_nWidth; }
+    std::int32_t Height() const { return m_nHeight; }
+    void Move(std::int32_t nLeft, std::int32_t nTop, std::int32_t nWidth, std::int32_t nHeight);
+
+    // On the screen, without modality.
+    bool Visible() const { return m_bVisible; }
+    void Show();
+
+    // Whether the form serves an operator: not the case for a form that was loaded only as a
+    // carrier of its lists, or that has no front end behind it.
+    bool IsLive() const { return m_bLive; }
+    void SetLive(bool bLive) { m_bLive = bLive; }
+
+    // Runs once, when the form enters the collection of loaded forms.
+    virtual void Load() {}
+
+    // nullptr if the form has no control of this name.
+    Control* Find(TextView sName) const;
+    // The control as its kind. Raises NoSuchMember if it is missing or of another kind.
+    template <typename Kind>
+    Kind& Get(TextView sName) const {
+        auto* control = dynamic_cast<Kind*>(Find(sName));
+        if (!control) Raise(ErrorNumber::NoSuchMember);
+        return *control;
+    }
+
+  protected:
+    template <typename Kind>
+    Kind& Add(Text sName) {
+        auto control = std::make_unique<Kind>(*this, std::move(sName));
+        Kind& added = *control;
+        m_controls.push_back(std::move(control));
+        return added;
+    }
+
+  private:
+    template <typename Held, typename Given>
+    void Assign(Held& held, const Given& value, TextView sProperty) {
+        if (held == value) return;
+        held = value;
+        Changed(sProperty);
+    }
+    // Tells the view that the form's own property has a new value.
+    void Changed(TextView sProperty);
+
+    Text m_sClass;
+    Text m_sCaption;
+    std::int32_t m_nLeft = 0, m_nTop = 0, m_nWidth = 0, m_nHeight = 0;
+    bool m_bVisible = false;
+    bool m_bLive = false;
+    std::vector<std::unique_ptr<Control>> m_controls;
+};
+
+}  // namespace nomira

@@ -1,0 +1,25 @@
+// Port: a view mirrors forms on a screen. The control objects are the truth; a view can be taken
+// away and nothing but the picture is lost.
+#pragma once
+
+#include "langtools/Text.h"
+
+namespace nomira {
+
+class Control;
+class Form;
+
+class View {
+  public:
+    virtual ~View() = default;
+    virtual void FormShown(Form& form) = 0;
+    virtual void FormUnloaded(Form& form) = 0;
+    // A property has a new value; `control` is nullptr for the form's own.
+    virtual void PropertyChanged(Form& form, Control* control, TextView sProperty) = 0;
+    // What has changed must be on the screen when this returns.
+    virtual void Refreshed(Control& control) = 0;
+    // Lets pending events of the user interface through.
+    virtual void ProcessPendingEvents() = 0;
+};
+
+}  // namespace nomira

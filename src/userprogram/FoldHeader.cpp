@@ -1,0 +1,247 @@
+#include "userprogram/FoldHeader.h"
+
+#include <array>
+
+#include "conversion/Matches.h"
+#include "conversion/TextImport.h"
+#include "database/adoModul.h"
+#include "langtools/BasicText.h"
+#include "langtools/CParser.h"
+#include "langtools/CTools.h"
+#include "langtools/ProgramState.h"
+#include "langtools/RuntimeError.h"
+#include "platform/Platform.h"
+
+namespace nomira {
+
+bool g_bLineChanged = false;
+
+namespace {
+
+const OnProgramReset g_reset([] { g_bLineChanged = false; });
+
+// The module under which a lookup is tried again when the connection has failed.
+constexpr TextView kFallbackModule = u"A10TP";
+
+// One form of a fold header: when it applies, what finds its signal, and how it is worked.
+struct FoldForm {
+    using Routine = void (*)(const FoldForm&);
+    TextView sPattern;  // on the line, trimmed and in upper case
+    Routine work;
+    TextView sKeyword = {};         // simple: the word ahead of the number; analogue: the search
+    TextView sKeyPrefix = {};       // simple forms
+    bool bSymbolOnly = false;       // simple: "12: symName" is a form too
+    bool bAtPoint = false;          // simple: " AT POINT" may stand behind the name
+    std::int16_t nAddedLength = 0;  // analogue: from the search to *start*
+    TextView sEndMark = {};         // analogue
+};
+
+// One class of signals in a wait with several conditions.
+struct WaitClass {
+    TextView sKeyword;
+    TextView sModule;
+    TextView sKeyPrefix;
+    bool bOwnWord;  // the first one must have a blank ahead of it
+};
+
+// In the order in which a line is searched. A cyclic flag's long text is the notice of its number.
+// Without the blank, the first search for FLAG would stop inside CYCFLAG.
+constexpr std::array kWaitClasses{
+    WaitClass{u"IN", u"IO", u"IN_", false},
+    WaitClass{u"OUT", u"IO", u"OUT_", false},
+    WaitClass{u"CYCFLAG", u"Notice", u"NoticeText", false},
+    WaitClass{u"TIMER", u"Timer", u"TimerText", false},
+    WaitClass{u"FLAG", u"Flag", u"FlagText", true},
+};
+
+void RewriteSimple(const FoldForm& form);
+void RewriteWait(const FoldForm& form);
+void RewriteAnalogue(const FoldForm& form);
+
+// The chain: the first pattern that matches decides. There is no blank behind OUT in the first
+// one, so that a user's own fold that begins with these letters enters the simple form. A pulse
+// names an output.
+constexpr std::array kForms{
+    FoldForm{.sPattern = u";FOLD OUT*",
+             .work = RewriteSimple,
+             .sKeyword = u"OUT",
+             .sKeyPrefix = u"OUT_",
+             .bSymbolOnly = true,
+             .bAtPoint = true},
+    FoldForm{.sPattern = u";FOLD WAIT FOR (*", .work = RewriteWait},
+    FoldForm{u";FOLD PULSE*", RewriteSimple, u"PULSE", u"OUT_"},
+    FoldForm{u";FOLD SYN OUT*", RewriteSimple, u"OUT", u"OUT_"},
+    FoldForm{u";FOLD SYN PULSE*", RewriteSimple, u"PULSE", u"OUT_"},
+    FoldForm{.sPattern = u";FOLD WAIT FOR IN*",
+             .work = RewriteSimple,
+             .sKeyword = u"IN",
+             .sKeyPrefix = u"IN_",
+             .bSymbolOnly = true},
+    FoldForm{u";FOLD WAIT FOR OUT*", RewriteSimple, u"OUT", u"OUT_"},
+    FoldForm{.sPattern = u";FOLD ANOUT ON *=*;*%VANOUT_DYN*:CHANNEL_*",
+             .work = RewriteAnalogue,
+             .sKeyword = u"ANOUT ON",
+             .nAddedLength = 8,
+             .sEndMark = u"="},
+    FoldForm{.sPattern = u";FOLD ANOUT OFF *;*%VANOUT_DYN*:CHANNEL_*",
+             .work = RewriteAnalogue,
+             .sKeyword = u"ANOUT OFF ",
+             .nAddedLength = 9,
+             .sEndMark = u";"},
+    FoldForm{.sPattern = u";FOLD ANOUT *=*;*%VANOUT_STAT*:CHANNEL_*",
+             .work = RewriteAnalogue,
+             .sKeyword = u"ANOUT ",
+             .nAddedLength = 5,
+             .sEndMark = u"="},
+};
+
+std::int16_t Position(std::int64_t nStart, TextView sWhat) {
+    return ToInt16(InStrNoCase(nStart, g_sLine, sWhat));
+}
+
+// What stands at the signal's place, for now with its name.
+void TakeSymbol(std::int16_t nStart, std::int16_t nStop) {
+    g_vSymbol = Trim(Mid(g_sLine, nStart, nStop - nStart));
+}
+
+// Takes the name between the first two quotes out of g_vSymbol, which keeps the number. Gives the
+// place of the first quote in the trimmed text; blanks ahead of the number are not counted in it,
+// so that more than one of them cuts the line short when the name is replaced.
+std::int16_t SplitQuotedSymbol() {
+    const std::int16_t nQuote = ToInt16(InStr(g_vSymbol, u"'"));
+    const std::int16_t nSecond = ToInt16(InStr(nQuote + 1, g_vSymbol, u"'"));
+    g_vLongName = Mid(g_vSymbol, nQuote + 1, nSecond - nQuote - 1);
+    g_vSymbol = Text(Trim(Left(g_vSymbol, nQuote - 1)));
+    return nQuote;
+}
+
+void RewriteQuoted(TextView sModule, TextView sKeyPrefix, std::int16_t nStart, std::int16_t nStop) {
+    const std::int16_t nQuote = SplitQuotedSymbol();
+    if (!g_Tools().IsNum(g_vSymbol)) return;
+    ReplaceQuotedName(sModule, Text(sKeyPrefix) + g_vSymbol, nStart, nStop, nQuote);
+}
+
+// "12: symName": there is no name in the line yet. g_vLongName is not read, so that the comparison
+// sees the name of an earlier line; and the new name takes the place of the colon.
+void RewriteSymbolOnly(TextView sKeyPrefix, std::int16_t nStart, std::int16_t nStop) {
+    const std::int16_t nQuote = ToInt16(InStr(g_vSymbol, u":"));
+    g_Parser().Parse(g_vSymbol, u":");
+    const TextView sNumber = Trim(g_Parser().Token(1));
+    if (!g_Tools().IsNum(sNumber)) return;
+    const Text sKey = Text(sKeyPrefix).append(sNumber);
+    ReplaceQuotedName(u"IO", sKey, nStart, nStop, nQuote);
+}
+
+void RewriteSimple(const FoldForm& form) {
+    const std::int16_t nFound = Position(1, Text(form.sKeyword) + u" ");
+    const std::int16_t nStart = ToInt16(nFound + std::ssize(form.sKeyword));
+    std::int16_t nStop = Position(nStart + 1, u" State");
+    TakeSymbol(nStart, nStop);
+    if (Matches(UCase(g_vSymbol), u"*'*'")) {
+        RewriteQuoted(u"IO", form.sKeyPrefix, nStart, nStop);
+    } else if (form.bSymbolOnly && Matches(g_vSymbol, u"*symName")) {
+        // The other simple forms look for ": symName" in the upper-case text, which never holds
+        // it: their symbol-only lines stay as they are.
+        RewriteSymbolOnly(form.sKeyPrefix, nStart, nStop);
+    } else if (form.bAtPoint && Matches(g_vSymbol, u"*'*'*AT POINT")) {
+        nStop = Position(nStart + 1, u" AT POINT");
+        TakeSymbol(nStart, nStop);
+        RewriteQuoted(u"IO", form.sKeyPrefix, nStart, nStop);
+    }
+}
+
+std::int16_t FirstWaitCondition(const WaitClass& wait, TextView sWord) {
+    if (!wait.bOwnWord) return Position(1, sWord);
+    const std::int16_t nFound = Position(1, Text(u" ").append(sWord));
+    return nFound == 0 ? nFound : Position(nFound, sWord);
+}
+
+void RewriteWaitClass(const WaitClass& wait) {
+    const Text sWord = Text(wait.sKeyword) + u" ";
+    std::int16_t nPlace = FirstWaitCondition(wait, sWord);
+    while (nPlace > 0) {
+        const std::int16_t nStart = ToInt16(nPlace + std::ssize(wait.sKeyword));
+        const std::int16_t nStop = ToInt16(Position(nStart + 1, u"' ") + 1);
+        if (nStop <= nStart) return;
+        TakeSymbol(nStart, nStop);
+        if (Matches(UCase(g_vSymbol), u"*'*'")) {
+            RewriteQuoted(wait.sModule, wait.sKeyPrefix, nStart, nStop);
+        }
+        // The stop is that of the line before the replacement: with a name of another length the
+        // search goes on a little before or behind the true place.
+        nPlace = ToInt16(InStrNoCase(nStop, CutFoldComment(g_sLine), sWord));
+    }
+}
+
+void RewriteWait(const FoldForm&) {
+    for (const WaitClass& wait : kWaitClasses)
+        RewriteWaitClass(wait);
+}
+
+void RewriteAnalogue(const FoldForm& form) {
+    const std::int16_t nStart = ToInt16(Position(1, form.sKeyword) + form.nAddedLength);
+    const std::int16_t nMark = Position(nStart + 1, form.sEndMark);
+    TakeSymbol(nStart, nMark);
+    const Text sChannel = ReadAnoutChannel(u"CHANNEL_", nMark);
+    ReplaceAnoutName(u"IO", u"ANOUT_" + sChannel, Text(g_vSymbol));
+}
+
+void ReportInvalidSign(TextView sKey, TextView sText) {
+    Text sMessage = u"Invalid sign in database: \r\n";
+    sMessage.append(sKey).append(u"  ").append(sText);
+    TheDesktop().ShowMessageBox(sMessage, kApplicationTitle, BoxIcon::None);
+}
+
+}  // namespace
+
+void RewriteFoldLine() {
+    const Text sUpper = UCase(Trim(g_sLine));
+    if (!Matches(sUpper, u";FOLD *")) return;
+    for (const FoldForm& form : kForms) {
+        if (Matches(sUpper, form.sPattern)) return form.work(form);
+    }
+}
+
+Text CutFoldComment(TextView sLine) {
+    const std::int32_t nFold = InStr(sLine, u";");
+    Text sVisible = nFold > 1 ? Text(Left(sLine, nFold)) : Text(u";");
+    g_Parser().Parse(sLine, u";");
+    for (std::int16_t n = 1; n <= g_Parser().count(); ++n) {
+        const Text& sToken = g_Parser().Token(n);
+        if (Trim(sToken).starts_with(u"%{")) break;
+        sVisible.append(sToken).append(u";");
+    }
+    return sVisible;
+}
+
+Text ReadAnoutChannel(TextView sTag, std::int16_t nFrom) {
+    const std::int16_t nStart = ToInt16(Position(nFrom, sTag) + std::ssize(sTag));
+    const std::int16_t nEnd = Position(nStart + 1, u",");
+    const TextView sChannel = Mid(g_sLine, nStart, nEnd - nStart);
+    return g_Tools().IsNum(sChannel) ? Text(sChannel) : Text();
+}
+
+void ReplaceAnoutName(TextView sModule, TextView sKey, TextView sSymbol) {
+    Text sText;
+    if (!ReadLongText(sText, sModule, sKey)) return;
+    if (!g_Tools().IsValidTQLComment(sText)) return;
+    if (Matches(sText, sSymbol) || Matches(sText, sKey) || sText.empty()) return;
+    g_bLineChanged = true;
+    const std::size_t nFound = g_sLine.find(sSymbol);
+    if (nFound != Text::npos && !sSymbol.empty()) g_sLine.replace(nFound, sSymbol.size(), sText);
+}
+
+void ReplaceQuotedName(TextView sModule, TextView sKey, std::int16_t nStart, std::int16_t nStop,
+                       std::int16_t nQuote) {
+    Text sText;
+    if (!ReadLongText(sText, sModule, sKey) && !ReadLongText(sText, kFallbackModule, sKey)) return;
+    if (!g_Tools().IsValidTQLComment(sText)) return ReportInvalidSign(sKey, sText);
+    // The old name and the key are patterns here: a sign such as "*" in an old name is a wildcard.
+    if (Matches(sText, g_vLongName) || Matches(sText, sKey)) return;
+    g_bLineChanged = true;
+    Text sNew(Left(g_sLine, nStart + nQuote - 1));
+    sNew.append(u"'").append(sText).append(u"'").append(Mid(g_sLine, nStop));
+    g_sLine = sNew;
+}
+
+}  // namespace nomira

@@ -1,0 +1,77 @@
+#include "ui/formlayer/Form.h"
+
+#include "adapters/memory/MemoryMachine.h"
+#include "testing/Raised.h"
+#include "testing/TextPrinting.h"
+#include "ui/formlayer/FormLayer.h"
+
+namespace nomira {
+namespace {
+
+using memory::ViewEvent;
+
+class SampleForm : public Form {
+  public:
+    SampleForm() : Form(u"Sample") {
+        Add<Label>(u"Words");
+        Add<ProgressBar>(u"Bar");
+    }
+};
+
+class FormTest : public ::testing::Test {
+  protected:
+    FormTest() { SetView(&view); }
+    ~FormTest() override { SetView(nullptr); }
+    memory::RecordingView view;
+    SampleForm form;
+};
+
+TEST_F(FormTest, BeginsHiddenAndNotLive) {
+    EXPECT_EQ(form.Class(), u"Sample");
+    EXPECT_FALSE(form.Visible());
+    EXPECT_FALSE(form.IsLive());
+    form.SetLive(true);
+    EXPECT_TRUE(form.IsLive());
+    EXPECT_FALSE(form.Visible());
+}
+
+TEST_F(FormTest, FindsControlsByTheirExactName) {
+    ASSERT_NE(form.Find(u"Bar"), nullptr);
+    EXPECT_EQ(form.Find(u"Bar")->Name(), u"Bar");
+    EXPECT_EQ(form.Find(u"bar"), nullptr);
+    EXPECT_EQ(form.Find(u""), nullptr);
+}
+
+TEST_F(FormTest, GetRaisesForAMissingControlAndForOneOfAnotherKind) {
+    EXPECT_EQ(form.Get<Label>(u"Words").Name(), u"Words");
+    for (const TextView sName : {u"Bar", u"None"})
+        EXPECT_EQ(testing::Raised([&] { form.Get<Label>(sName); }), ErrorNumber::NoSuchMember)
+            << testing::Printable(sName);
+}
+
+TEST_F(FormTest, TellsItsOwnPropertiesWithoutAControl) {
+    for (int i = 0; i < 2; ++i) {
+        form.SetCaption(u"Title");
+        form.Move(0, 1, 2, 0);
+    }
+    EXPECT_EQ(view.events, (std::vector<ViewEvent>{
+                               {ViewEvent::Kind::PropertyChanged, u"Sample", u"", u"Caption"},
+                               {ViewEvent::Kind::PropertyChanged, u"Sample", u"", u"Top"},
+                               {ViewEvent::Kind::PropertyChanged, u"Sample", u"", u"Width"}}));
+    EXPECT_EQ(form.Caption(), u"Title");
+    EXPECT_EQ(form.Left(), 0);
+    EXPECT_EQ(form.Top(), 1);
+    EXPECT_EQ(form.Width(), 2);
+    EXPECT_EQ(form.Height(), 0);
+}
+
+TEST_F(FormTest, IsShownOnce) {
+    form.Show();
+    form.Show();
+    EXPECT_TRUE(form.Visible());
+    EXPECT_EQ(view.events,
+              (std::vector<ViewEvent>{{ViewEvent::Kind::FormShown, u"Sample", u"", u""}}));
+}
+
+}  // namespace
+}  // namespace nomira

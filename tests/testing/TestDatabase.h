@@ -1,0 +1,53 @@
+// A long-text store of its own for a test: a fresh SQLite file in a temporary folder, and the
+// engine that finds it under the program's own path.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "adapters/sqlite/SqliteEngine.h"
+
+namespace nomira::testing {
+
+class TestDatabase {
+  public:
+    // Makes the folder with an empty store in it and installs the engine. A database path of the
+    // program means the file of the same name, in lower case, in the folder, so that
+    // C:\tqx\data\orvo_con.mdb is the store; the catalogue and the compaction's file don't exist
+    // yet. The folder is made below `parent`, or in memory if that is empty.
+    explicit TestDatabase(const std::filesystem::path& parent = {});
+    // Closes the shared connection and removes engine and folder.
+    ~TestDatabase();
+    TestDatabase(const TestDatabase&) = delete;
+    TestDatabase& operator=(const TestDatabase&) = delete;
+
+    // Runs statements on the store through a handle of its own; throws std::runtime_error with
+    // SQLite's words. Relations are not enforced, so that odd rows can be made.
+    void Execute(const std::string& sSql) const;
+    // The rows of a query, UTF-8, Null as "<null>".
+    std::vector<std::vector<std::string>> Query(const std::string& sSql) const;
+
+    // The store's file.
+    std::filesystem::path Path() const { return m_folder / "orvo_con.mdb"; }
+    std::filesystem::path Folder() const { return m_folder; }
+    // Where a path of the program leads to.
+    std::filesystem::path FileOf(TextView sPath) const;
+    // Removes the store's file.
+    void RemoveFile() const;
+    // Makes an empty catalogue, orvo_tab.mdb, and gives its path.
+    std::filesystem::path CreateCatalogue() const;
+
+    sqlite::SqliteEngine& Engine() { return m_engine; }
+
+  private:
+    std::filesystem::path m_folder;
+    sqlite::SqliteEngine m_engine;
+};
+
+// The same as Execute and Query, on any file.
+void ExecuteOn(const std::filesystem::path& path, const std::string& sSql);
+std::vector<std::vector<std::string>> QueryOn(const std::filesystem::path& path,
+                                              const std::string& sSql);
+
+}  // namespace nomira::testing
