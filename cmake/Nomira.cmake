@@ -10,6 +10,11 @@ if(NOMIRA_SANITIZE)
     target_link_options(nomira_options INTERFACE -fsanitize=${NOMIRA_SANITIZE})
 endif()
 
+# The fuzzer is guided by what it sees of the libraries, not of its own target alone.
+if(NOMIRA_FUZZ)
+    target_compile_options(nomira_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # nomira_library(NAME LINKS lib... [PRIVATE_LINKS lib...] SOURCES file...)
 # One library per folder of src/; LINKS is what the folder may use, and nothing else is linked.
 function(nomira_library name)

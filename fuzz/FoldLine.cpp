@@ -2,6 +2,7 @@
 // database gives for every name, the rest is the line. Only the failures that a line can earn may
 // come out: an invalid call, an overflow, an invalid pattern.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -75,10 +76,14 @@ class SilentDesktop : public Desktop {
     ScreenSize Screen() override { return {}; }
 };
 
+// A name that holds itself as a condition makes its line grow until positions overflow; a long
+// one would take its time over that.
+constexpr std::size_t kLongestText = 16;
+
 void Rewrite(OneTextEngine& engine, std::string_view bytes) {
     const std::size_t nText = bytes.find('\0');
     const bool bText = nText != std::string_view::npos;
-    engine.sText = Windows1252().Decode(bText ? bytes.substr(0, nText) : "");
+    engine.sText = Windows1252().Decode(bytes.substr(0, bText ? std::min(nText, kLongestText) : 0));
     g_sLine = Windows1252().Decode(bText ? bytes.substr(nText + 1) : bytes);
     const Text sBefore = g_sLine;
     g_vLongName.clear();

@@ -18,10 +18,10 @@ struct SignalClass {
     TextView sPrefix;          // standard form
     TextView sCustomerPrefix;  // customer form; the same for the welding classes
     TextView sModule;
-    std::int16_t* pSize;       // the class's size variable; nullptr: the constant kWeldingSize
-    std::int16_t nDefaultSize; // if the controller gives none
-    int nMaxDigits;            // accepted from a text file, from 1 on
-    bool bWelding;             // classes 12 to 14: exactly one digit, the "1" is part of the prefix
+    std::int16_t* pSize;        // the class's size variable; nullptr: the constant kWeldingSize
+    std::int16_t nDefaultSize;  // if the controller gives none
+    int nMaxDigits;             // accepted from a text file, from 1 on
+    bool bWelding;  // classes 12 to 14: exactly one digit, the "1" is part of the prefix
 
     std::int16_t Size() const;
 };

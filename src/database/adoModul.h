@@ -75,11 +75,11 @@ void NotifyDatabaseChanged();
 
 // What became of one text, for whoever watches the store.
 enum class StoreOutcome {
-    Added,        // a new key, stored
-    Changed,      // a known key, its text set (also to the same text)
-    NoMessage,    // a known key without a message row: the text is lost
-    ItemOnly,     // a new key whose message could not be added
-    Failed,       // nothing could be done
+    Added,      // a new key, stored
+    Changed,    // a known key, its text set (also to the same text)
+    NoMessage,  // a known key without a message row: the text is lost
+    ItemOnly,   // a new key whose message could not be added
+    Failed,     // nothing could be done
 };
 
 // Watches the store; the companion reports with it. Does nothing by itself.

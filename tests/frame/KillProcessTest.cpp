@@ -162,6 +162,18 @@ TEST_F(KillProcessTest, RedecodedTextEndsAtTheFirstTerminator) {
     EXPECT_EQ(RedecodeText(1252, TextView(u"ab\0cd", 5)), u"ab");
 }
 
+TEST_F(KillProcessTest, BytesBehindTheTerminatorAreNotHandedOn) {
+    // A page that tells how many bytes it was given.
+    class CountingPage : public SingleBytePage {
+      public:
+        CountingPage() : SingleBytePage(1200, {}) {}
+        Text Decode(std::string_view bytes) const override { return Text(bytes.size(), u'x'); }
+    };
+    const CountingPage page;
+    machine.locale.codePages[1200] = &page;
+    EXPECT_EQ(RedecodeText(1200, TextView(u"ab\0cd", 5)), u"xx");
+}
+
 TEST_F(KillProcessTest, RedecodedTextIsCutAt256Characters) {
     EXPECT_EQ(RedecodeText(1252, Text(256, u'x')), Text(256, u'x'));
     EXPECT_EQ(RedecodeText(1252, Text(257, u'x')), Text(256, u'x'));

@@ -170,7 +170,7 @@ MemoryFiles::Node MemoryFiles::Find(TextView sFullPath) const {
 }
 
 MemoryFiles::Node MemoryFiles::Require(TextView sFullPath) const {
-    if (const Node node = Find(sFullPath)) return node;
+    if (Node node = Find(sFullPath)) return node;
     RequireParent(sFullPath);
     Raise(ErrorNumber::FileNotFound);
 }
@@ -191,7 +191,7 @@ void MemoryFiles::RequireOpenable(TextView sPath, TextView sFullPath) const {
     if (found != m_openFailures.end()) Raise(found->second);
     if (sPath.empty() || CannotBeFileName(LastPartOf(sFullPath))) Raise(ErrorNumber::BadFileName);
     if (sPath.ends_with(u'\\') && !IsDrive(sFullPath)) RequireParent(sFullPath);
-    const Node node = Find(sFullPath);
+    Node node = Find(sFullPath);
     if (sPath.ends_with(u'\\') || (node && node->IsDirectory())) {
         Raise(ErrorNumber::PathFileAccess);
     }
@@ -225,7 +225,7 @@ std::unique_ptr<OutputFile> MemoryFiles::OpenForOutput(TextView sPath) {
     const Text sFull = FullPath(sPath);
     RequireOpenable(sPath, sFull);
     RequireParent(sFull);
-    const Node node = Find(sFull);
+    Node node = Find(sFull);
     if (node && (node->nAttributes & AttributeReadOnly)) Raise(ErrorNumber::PathFileAccess);
     Put(sFull, "");
     Find(sFull)->nAttributes |= AttributeArchive;
@@ -272,7 +272,7 @@ void MemoryFiles::RmDir(TextView sPath) {
     if (sPath.empty() || CannotBeFileName(LastPartOf(sFull))) Raise(ErrorNumber::BadFileName);
     RequireChangeable(sFull);
     RequireParent(sFull);
-    const Node node = Find(sFull);
+    Node node = Find(sFull);
     if (!node || !node->IsDirectory()) Raise(ErrorNumber::PathNotFound);
     if (IsDrive(sFull) || HasChildren(sFull)) Raise(ErrorNumber::PathFileAccess);
     m_nodes.erase(Key(sFull));
