@@ -40,7 +40,8 @@ Text ReadClassRows(TextView sModule, TextView sPrefix, std::int16_t nSize,
 // Replaces all long texts by those of the edited text; an empty one deletes them all. Nothing
 // happens if it equals g_sLastExport. Lines that are no rows are passed over. On a customer
 // installation `sText` comes back with standard keys. Raises Overflow for more than 32,767 lines,
-// or characters in a line; what was there is deleted by then, and the database stays open.
+// or characters in a line, and InvalidProcedureCall for a key such as FlagText5 with nothing but a
+// tab behind it; what was there is deleted by then, and the database stays open.
 void ApplyEditedText(Text& sText);
 
 // Customer keys at the line starts turned into standard ones; every line trimmed and ended by

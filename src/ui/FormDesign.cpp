@@ -10,7 +10,7 @@ DesignedForm::DesignedForm(const FormDesign& design) : Form(Text(design.sClass))
 }
 
 template <typename Kind>
-Control& DesignedForm::AddWithCaption(const ControlDesign& design) {
+Kind& DesignedForm::AddWithCaption(const ControlDesign& design) {
     Kind& control = Add<Kind>(Text(design.sName));
     control.SetCaption(design.sCaption);
     return control;
@@ -22,6 +22,11 @@ Control& DesignedForm::AddByKind(const ControlDesign& design) {
             return AddWithCaption<Label>(design);
         case ControlKind::Frame:
             return AddWithCaption<Frame>(design);
+        case ControlKind::CheckBox: {
+            auto& box = AddWithCaption<CheckBox>(design);
+            box.SetValue(design.nValue);
+            return box;
+        }
         case ControlKind::ProgressBar:
             break;
     }

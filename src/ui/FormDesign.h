@@ -11,13 +11,14 @@
 
 namespace nomira {
 
-enum class ControlKind { Label, Frame, ProgressBar };
+enum class ControlKind { Label, Frame, CheckBox, ProgressBar };
 
 struct ControlDesign {
     TextView sName;
     ControlKind kind;
     std::int32_t nLeft, nTop, nWidth, nHeight;
-    TextView sCaption;  // empty for a kind that has none
+    TextView sCaption;                         // empty for a kind that has none
+    std::int16_t nValue = CheckBox::kCleared;  // of a check box
 };
 
 struct FormDesign {
@@ -35,7 +36,7 @@ class DesignedForm : public Form {
   private:
     Control& AddByKind(const ControlDesign& design);
     template <typename Kind>
-    Control& AddWithCaption(const ControlDesign& design);
+    Kind& AddWithCaption(const ControlDesign& design);
 };
 
 }  // namespace nomira

@@ -4,6 +4,8 @@ namespace nomira {
 namespace {
 
 constexpr ControlDesign kControls[] = {
+    {u"chkBoxAdd", ControlKind::CheckBox, 2040, 2760, 1695, 255, u"overwrite old datas",
+     CheckBox::kChecked},
     {u"ProgressBar1", ControlKind::ProgressBar, 480, 2280, 855, 255, u""},
 };
 

@@ -1,8 +1,8 @@
 // The pendant form: the front end on a controller.
 //
-// So far the form is its caption, its size and its progress bar, which is what the start-up and
-// the progress call need of it. The keys, the lists and their logic are not built yet, and no view
-// shows the form.
+// So far the form is its caption, its size, its progress bar and two check boxes, which is what the
+// start-up, the progress call and the harvest need of it. The keys, the lists and their logic are
+// not built yet, and no view shows the form.
 #pragma once
 
 #include "ui/FormDesign.h"

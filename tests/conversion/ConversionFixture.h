@@ -20,6 +20,8 @@
 
 namespace nomira::testing {
 
+using Rows = std::vector<std::string>;
+
 // The batch run's form, as far as the passes know it.
 class LabelForm : public Form {
   public:
@@ -37,7 +39,6 @@ class PendantForm : public Form {
 
 class ConversionFixture : public ::testing::Test {
   protected:
-    using Rows = std::vector<std::string>;
     static constexpr TextView kFile = u"C:\\data\\names.txt";
 
     memory::MemoryMachine machine;
@@ -71,8 +72,8 @@ class ConversionFixture : public ::testing::Test {
     void Store(const std::string& sModule, const std::string& sKey, const std::string& sText) {
         StoreSql(sModule, sKey, "'" + sText + "'");
     }
-    void StoreSql(const std::string& sModule, const std::string& sKey,
-                  const std::string& sTextSql, const std::string& sLanguage = "99") {
+    void StoreSql(const std::string& sModule, const std::string& sKey, const std::string& sTextSql,
+                  const std::string& sLanguage = "99") {
         db.Execute("INSERT INTO Items(Module,KeyString) VALUES('" + sModule + "','" + sKey +
                    "');INSERT INTO Messages VALUES(last_insert_rowid()," + sLanguage + "," +
                    sTextSql + ");");
@@ -95,11 +96,20 @@ class ConversionFixture : public ::testing::Test {
     }
     static const std::vector<std::pair<std::string, std::string>>& EachClass() {
         static const std::vector<std::pair<std::string, std::string>> keys{
-            {"IO", "IN_900"},        {"IO", "OUT_900"},      {"Notice", "NoticeText90"},
-            {"Counter", "CounterText9"}, {"Flag", "FlagText900"}, {"Timer", "TimerText9"},
-            {"IO", "ANIN_9"},        {"IO", "ANOUT_9"},      {"IO", "BININ_9"},
-            {"IO", "BINOUT_9"},      {"ZTQXProcParam", "ZTQXProcParam_90"},
-            {"A10TP", "Start19"},    {"A10TP", "Weld19"},    {"A10TP", "CraterChannel19"}};
+            {"IO", "IN_900"},
+            {"IO", "OUT_900"},
+            {"Notice", "NoticeText90"},
+            {"Counter", "CounterText9"},
+            {"Flag", "FlagText900"},
+            {"Timer", "TimerText9"},
+            {"IO", "ANIN_9"},
+            {"IO", "ANOUT_9"},
+            {"IO", "BININ_9"},
+            {"IO", "BINOUT_9"},
+            {"ZTQXProcParam", "ZTQXProcParam_90"},
+            {"A10TP", "Start19"},
+            {"A10TP", "Weld19"},
+            {"A10TP", "CraterChannel19"}};
         return keys;
     }
     static Rows OldSignals() { return Old(0, 11); }

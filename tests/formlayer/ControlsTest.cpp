@@ -18,6 +18,7 @@ class SampleForm : public Form {
     SampleForm() : Form(u"Sample") {}
     Label& label = Add<Label>(u"Words");
     Frame& frame = Add<Frame>(u"Border");
+    CheckBox& box = Add<CheckBox>(u"Choice");
     ProgressBar& bar = Add<ProgressBar>(u"Bar");
 };
 
@@ -107,6 +108,25 @@ TEST_F(ControlsTest, EverythingWorksWithoutAView) {
     EXPECT_EQ(form.label.Caption(), u"text");
     EXPECT_EQ(form.label.Height(), 4);
     EXPECT_TRUE(view.events.empty());
+}
+
+TEST_F(ControlsTest, ABoxBeginsClearedAndTellsItsNewValues) {
+    EXPECT_EQ(form.box.Value(), CheckBox::kCleared);
+    form.box.SetValue(CheckBox::kCleared);
+    form.box.SetValue(CheckBox::kChecked);
+    form.box.SetCaption(u"add");
+    EXPECT_EQ(form.box.Value(), 1);
+    EXPECT_EQ(form.box.Caption(), u"add");
+    EXPECT_EQ(Told(u"Choice"), (std::vector<Text>{u"Value", u"Caption"}));
+}
+
+TEST_F(ControlsTest, ABoxRefusesOtherValues) {
+    form.box.SetValue(CheckBox::kGrey);
+    for (const int nValue : {-1, 3}) {
+        EXPECT_EQ(Raised([&] { form.box.SetValue(static_cast<std::int16_t>(nValue)); }),
+                  ErrorNumber::InvalidPropertyValue);
+    }
+    EXPECT_EQ(form.box.Value(), CheckBox::kGrey);
 }
 
 TEST_F(ControlsTest, ABarRunsFromZeroToAHundredAtFirst) {

@@ -44,6 +44,33 @@ TEST_F(MainFormsTest, ThePendantFormHasItsCaptionSizeAndBar) {
     EXPECT_EQ(bar.Height(), 135);
 }
 
+struct BoxRow {
+    TextView sName;
+    std::int32_t nLeft, nTop, nWidth, nHeight;
+    TextView sCaption;
+    std::int16_t nValue;
+};
+
+void ExpectBox(const Form& form, const BoxRow& row) {
+    const auto& box = form.Get<CheckBox>(row.sName);
+    EXPECT_EQ(box.Left(), row.nLeft);
+    EXPECT_EQ(box.Top(), row.nTop);
+    EXPECT_EQ(box.Width(), row.nWidth);
+    EXPECT_EQ(box.Height(), row.nHeight);
+    EXPECT_EQ(box.Caption(), row.sCaption);
+    EXPECT_EQ(box.Value(), row.nValue);
+}
+
+// As designed, the one box means "overwrite" on the desktop and "add" on the pendant.
+TEST_F(MainFormsTest, TheCheckBoxesHaveTheirWordsPlacesAndValues) {
+    const NomiraMain desktop;
+    ExpectBox(desktop, {u"chkBoxAdd", 2040, 2760, 1695, 255, u"overwrite old datas", 1});
+    EXPECT_EQ(desktop.Find(u"chkBoxSymbol"), nullptr);
+    const StdBofForm pendant;
+    ExpectBox(pendant, {u"chkBoxAdd", 240, 5280, 2295, 195, u"Langtexte hinzufuegen", 0});
+    ExpectBox(pendant, {u"chkBoxSymbol", 240, 3960, 2175, 375, u"mit Kurzsymbolik", 0});
+}
+
 TEST_F(MainFormsTest, AFormThatIsOnlyLoadedIsNotLive) {
     EXPECT_FALSE(LoadForm(std::make_unique<NomiraMain>()).IsLive());
     EXPECT_FALSE(LoadForm(std::make_unique<StdBofForm>()).IsLive());

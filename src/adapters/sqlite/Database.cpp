@@ -17,6 +17,9 @@ namespace {
 // file that stays locked.
 constexpr int kPatienceMilliseconds = 1000;
 
+// In bytes; SQLite takes some shorter files for new, empty databases.
+constexpr off_t kSmallestPage = 512;
+
 constexpr mode_t kAnyoneWrites = S_IWUSR | S_IWGRP | S_IWOTH;
 
 // More than all the statements of one program; a bound on what odd callers may pile up.
@@ -50,7 +53,7 @@ bool IsBlank(std::string_view sText) {
 FileIdentity IdentifyFile(const std::filesystem::path& path) {
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0) RaiseFailure(std::generic_category().message(errno));
-    if (!S_ISREG(status.st_mode) || status.st_size == 0) RaiseFailure("file is not a database");
+    if (!S_ISREG(status.st_mode) || status.st_size < kSmallestPage) RaiseFailure("file is not a database");
     return {status.st_dev, status.st_ino, status.st_mode, status.st_uid, status.st_gid};
 }
 

@@ -29,8 +29,8 @@ struct FileIdentity {
     bool operator==(const FileIdentity&) const = default;
 };
 
-// Raises EngineFailure unless a file with something in it stands there: an empty one is no
-// database, though SQLite would take it for one.
+// Raises EngineFailure unless a file stands there that is long enough for a database: SQLite would
+// take an empty one for a new database.
 FileIdentity IdentifyFile(const std::filesystem::path& path);
 
 struct FinalizeStatement {

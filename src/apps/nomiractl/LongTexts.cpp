@@ -8,6 +8,9 @@
 namespace nomira::companion {
 namespace {
 
+constexpr TextView kMessagesQuery =
+    u"SELECT Messages.Key_id, Messages.String FROM Messages WHERE Messages.Language_id=99";
+
 Text TextOrEmpty(const FieldValue& value) {
     return IsNull(value) ? Text() : ToText(value);
 }
@@ -31,24 +34,32 @@ TextView ClassRowName(std::size_t nRow) {
     return nRow == kOtherKeys ? TextView(u"other keys") : SignalClasses()[nRow].sName;
 }
 
-LongTexts ReadLongTexts() {
+std::vector<Item> ReadItems() {
+    std::vector<Item> items;
+    std::unordered_map<std::int32_t, std::size_t> placeOfKeyId;
+    ForEachRow(
+        u"SELECT Items.Key_id, Items.Module, Items.KeyString FROM Items",
+        [&](const OpenRecordset& row) {
+            placeOfKeyId[ToKeyId(row->Field(u"Key_id"))] = items.size();
+            items.push_back(
+                {TextOrEmpty(row->Field(u"Module")), TextOrEmpty(row->Field(u"KeyString")), {}});
+        });
+    ForEachRow(kMessagesQuery, [&](const OpenRecordset& row) {
+        const auto place = placeOfKeyId.find(ToKeyId(row->Field(u"Key_id")));
+        if (place == placeOfKeyId.end()) return;
+        const FieldValue text = row->Field(u"String");
+        items[place->second].texts.push_back(IsNull(text) ? std::nullopt
+                                                          : std::optional(ToText(text)));
+    });
+    return items;
+}
+
+LongTexts GroupByName(const std::vector<Item>& items) {
     LongTexts texts;
-    std::unordered_map<std::int64_t, std::vector<std::optional<Text>>*> byKeyId;
-    ForEachRow(u"SELECT Items.Key_id, Items.Module, Items.KeyString FROM Items",
-               [&](const OpenRecordset& row) {
-                   auto& ofItem = texts[{TextOrEmpty(row->Field(u"Module")),
-                                         TextOrEmpty(row->Field(u"KeyString"))}];
-                   byKeyId[ToKeyId(row->Field(u"Key_id"))] = &ofItem;
-               });
-    ForEachRow(u"SELECT Messages.Key_id, Messages.String FROM Messages"
-               u" WHERE Messages.Language_id=99",
-               [&](const OpenRecordset& row) {
-                   const auto item = byKeyId.find(ToKeyId(row->Field(u"Key_id")));
-                   if (item == byKeyId.end()) return;
-                   const FieldValue text = row->Field(u"String");
-                   item->second->push_back(IsNull(text) ? std::nullopt
-                                                        : std::optional(ToText(text)));
-               });
+    for (const Item& item : items) {
+        auto& ofName = texts[{item.sModule, item.sKey}];
+        ofName.insert(ofName.end(), item.texts.begin(), item.texts.end());
+    }
     return texts;
 }
 

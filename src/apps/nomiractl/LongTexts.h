@@ -23,14 +23,21 @@ std::size_t ClassRow(TextView sModule, TextView sKey);
 // The name of a row, for people.
 TextView ClassRowName(std::size_t nRow);
 
-using ItemName = std::pair<Text, Text>;  // module and key
-// The texts of each item in the long-text language, in the database's order: usually one. Null is
-// nullopt, and an item without a message has no texts.
-using LongTexts = std::map<ItemName, std::vector<std::optional<Text>>>;
+// One row of Items with its texts in the long-text language: usually one. Null is nullopt, and an
+// item without a message has none.
+struct Item {
+    Text sModule;
+    Text sKey;
+    std::vector<std::optional<Text>> texts;
+};
 
-// Through the core's connection, which must be open (g_Connection). Raises a RuntimeError, such as
-// EngineFailure for a database without the two tables.
-LongTexts ReadLongTexts();
+// In the database's order, through the core's connection, which must be open (g_Connection).
+// Raises a RuntimeError, such as EngineFailure for a database without the two tables.
+std::vector<Item> ReadItems();
+
+// The texts by module and key; items of the same name come together.
+using LongTexts = std::map<std::pair<Text, Text>, std::vector<std::optional<Text>>>;
+LongTexts GroupByName(const std::vector<Item>& items);
 
 struct ClassChanges {
     int nAdded = 0;

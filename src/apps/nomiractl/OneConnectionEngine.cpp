@@ -58,8 +58,7 @@ class PassRecordset : public Recordset {
     void Open(TextView sSource, Connection& connection, CursorKind cursor, LockKind lock,
               std::int32_t nOptions) override {
         dynamic_cast<PassConnection&>(connection).RequireOpen();
-        m_engine.Watch(
-            [&] { m_inner->Open(sSource, m_engine.Inner(), cursor, lock, nOptions); });
+        m_engine.Watch([&] { m_inner->Open(sSource, m_engine.Inner(), cursor, lock, nOptions); });
     }
     std::int32_t State() const override { return m_inner->State(); }
     void Close() override { m_inner->Close(); }

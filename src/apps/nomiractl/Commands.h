@@ -1,0 +1,27 @@
+// The commands, one source each. All return the exit status and throw Refusal, or let a
+// RuntimeError through; the database and the files are then as they were.
+#pragma once
+
+#include <ostream>
+
+#include "apps/nomiractl/Options.h"
+#include "apps/nomiractl/Refusal.h"
+
+namespace nomira::companion {
+
+// Where a command's results, and its errors and warnings, go.
+struct Streams {
+    std::ostream& out;
+    std::ostream& err;
+};
+
+// Makes a new, empty message database.
+ExitCode CreateDatabase(const Options& options, Streams streams);
+// Tells what is in it, and whether it is whole.
+ExitCode ShowDatabase(const Options& options, Streams streams);
+// A text file into the database: everything, or nothing.
+ExitCode ImportTextFile(const Options& options, Streams streams);
+// The database into a text file, or to the output stream.
+ExitCode ExportTextFile(const Options& options, Streams streams);
+
+}  // namespace nomira::companion

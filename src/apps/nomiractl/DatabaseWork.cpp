@@ -1,0 +1,97 @@
+#include "apps/nomiractl/DatabaseWork.h"
+
+#include <fmt/format.h>
+
+#include <string>
+#include <utility>
+
+#include "apps/nomiractl/Refusal.h"
+#include "apps/nomiractl/Words.h"
+#include "database/OpenRecordset.h"
+#include "database/adoModul.h"
+#include "langtools/BasicText.h"
+#include "langtools/RuntimeError.h"
+
+namespace nomira::companion {
+namespace {
+
+struct Remedy {
+    TextView sEngineWords;  // a part of what the engine says
+    const char* sWords;
+};
+
+constexpr Remedy kRemedies[]{
+    {u"locked", "; another program uses it, try again when that is done"},
+    {u"not a database", "; make one with: nomiractl db create PATH"},
+    {u"no such table", "; make a message database with: nomiractl db create PATH"},
+    {u"disk is full", "; make room on the disk and try again"},
+};
+
+const char* RemedyFor(TextView sEngineWords) {
+    for (const Remedy& remedy : kRemedies)
+        if (InStr(sEngineWords, remedy.sEngineWords) > 0) return remedy.sWords;
+    return "";
+}
+
+// The engine's own check of the file: one row per finding, or the one word of a sound file.
+std::vector<Text> Findings() {
+    std::vector<Text> findings;
+    const OpenRecordset rows(u"PRAGMA integrity_check", g_Connection.get(), CursorKind::Static,
+                             LockKind::ReadOnly);
+    for (; !rows->Eof(); rows->MoveNext())
+        if (Text sFinding = ToText(rows->Field(u"integrity_check")); sFinding != u"ok")
+            findings.push_back(std::move(sFinding));
+    return findings;
+}
+
+}  // namespace
+
+DatabaseWork::DatabaseWork(std::filesystem::path path, DatabaseEngine& engine, DatabaseUse use)
+    : m_path((CheckDatabase(path, use), std::move(path))), m_engine(engine) {
+    if (!OpenDatabase(kLongTextDatabase))
+        Refuse(m_engine.Failure().value_or(u"the database can't be opened"));
+    CloseDatabase();
+    if (use == DatabaseUse::Write) InWords([this] { m_engine.Begin(); });
+}
+
+std::vector<Item> DatabaseWork::ReadItems() {
+    return InWords([] {
+        OpenDatabase(kLongTextDatabase);
+        std::vector<Item> items = companion::ReadItems();
+        CloseDatabase();
+        return items;
+    });
+}
+
+std::vector<Text> DatabaseWork::FindDamage() {
+    return InWords([] {
+        OpenDatabase(kLongTextDatabase);
+        std::vector<Text> findings = Findings();
+        CloseDatabase();
+        return findings;
+    });
+}
+
+void DatabaseWork::RequireNoFailure() const {
+    if (m_engine.Failure()) Refuse(*m_engine.Failure());
+}
+
+void DatabaseWork::Commit() {
+    InWords([this] { m_engine.Commit(); });
+}
+
+template <typename Work>
+decltype(auto) DatabaseWork::InWords(Work work) {
+    try {
+        return work();
+    } catch (const RuntimeError& error) {
+        Refuse(error.Description());
+    }
+}
+
+void DatabaseWork::Refuse(TextView sEngineWords) const {
+    throw Refusal(
+        fmt::format("{}: {}{}", m_path.string(), Shown(sEngineWords), RemedyFor(sEngineWords)));
+}
+
+}  // namespace nomira::companion

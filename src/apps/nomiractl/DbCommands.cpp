@@ -1,0 +1,141 @@
+#include <fmt/format.h>
+#include <fmt/ostream.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <system_error>
+
+#include "adapters/sqlite/StoreSchema.h"
+#include "apps/nomiractl/Commands.h"
+#include "apps/nomiractl/DatabaseWork.h"
+#include "apps/nomiractl/Machine.h"
+#include "apps/nomiractl/Words.h"
+#include "langtools/RuntimeError.h"
+
+namespace nomira::companion {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kFormat = "SQLite";
+
+struct ClassCount {
+    int nItems = 0;
+    int nEmpty = 0;      // marked empty, or with an empty text
+    int nNoMessage = 0;  // no row in the long-text language: an import can't give it a text
+};
+
+struct DatabaseInfo {
+    std::uintmax_t nBytes = 0;
+    ByClass<ClassCount> classes{};
+    ClassCount total;
+    std::vector<Text> problems;  // what the engine finds wrong
+};
+
+void Count(ClassCount& count, const Item& item) {
+    ++count.nItems;
+    if (item.texts.empty()) ++count.nNoMessage;
+    const auto isEmpty = [](const std::optional<Text>& sText) {
+        return !sText || sText->empty() || *sText == kEmptyMarker;
+    };
+    const bool bEmpty = std::all_of(item.texts.begin(), item.texts.end(), isEmpty);
+    if (!item.texts.empty() && bEmpty) ++count.nEmpty;
+}
+
+DatabaseInfo ReadInfo(const Machine& machine, DatabaseEngine& engine) {
+    DatabaseWork database(machine.Database(), engine, DatabaseUse::Read);
+    DatabaseInfo info{.nBytes = fs::file_size(machine.Database())};
+    for (const Item& item : database.ReadItems()) {
+        Count(info.classes[ClassRow(item.sModule, item.sKey)], item);
+        Count(info.total, item);
+    }
+    info.problems = database.FindDamage();
+    return info;
+}
+
+nlohmann::ordered_json AsJson(const ClassCount& count) {
+    return {{"keys", count.nItems}, {"empty", count.nEmpty}, {"without_message", count.nNoMessage}};
+}
+
+nlohmann::ordered_json AsJson(const DatabaseInfo& info, const fs::path& database) {
+    nlohmann::ordered_json json{
+        {"database", database.string()}, {"format", kFormat}, {"bytes", info.nBytes}};
+    json["classes"] = nlohmann::ordered_json::array();
+    for (std::size_t n = 0; n < info.classes.size(); ++n) {
+        nlohmann::ordered_json row{{"class", Utf8(ClassRowName(n))}};
+        row.update(AsJson(info.classes[n]));
+        json["classes"].push_back(row);
+    }
+    json["total"] = AsJson(info.total);
+    json["problems"] = nlohmann::ordered_json::array();
+    for (const Text& sProblem : info.problems)
+        json["problems"].push_back(Utf8(sProblem));
+    return json;
+}
+
+void Print(const DatabaseInfo& info, const fs::path& database, std::ostream& out) {
+    constexpr const char* kRow = "{:<24}{:>8}{:>8}{:>17}\n";
+    fmt::print(out, "database   {}\nformat     {}\nsize       {} bytes\n\n", database.string(),
+               kFormat, info.nBytes);
+    fmt::print(out, kRow, "class", "keys", "empty", "without message");
+    const auto print = [&](const std::string& sName, const ClassCount& c) {
+        fmt::print(out, kRow, sName, c.nItems, c.nEmpty, c.nNoMessage);
+    };
+    for (std::size_t n = 0; n < info.classes.size(); ++n)
+        if (n != kOtherKeys || info.classes[n].nItems > 0)
+            print(Utf8(ClassRowName(n)), info.classes[n]);
+    print("total", info.total);
+    if (info.total.nNoMessage > 0)
+        fmt::print(out,
+                   "\nkeys without a message take no text: import with --overwrite to make"
+                   " them anew\n");
+    fmt::print(out, "\nintegrity  {}\n", info.problems.empty() ? "fine" : "damaged");
+}
+
+void RequireFree(const fs::path& path) {
+    std::error_code error;
+    if (fs::exists(fs::symlink_status(path, error)))
+        throw Refusal(
+            fmt::format("{}: exists already; an existing file is never replaced, name"
+                        " another one or remove it yourself",
+                        path.string()));
+    const fs::path folder = fs::absolute(path).parent_path();
+    if (!fs::is_directory(folder, error))
+        throw Refusal(
+            fmt::format("{0}: no such folder; make it with: mkdir -p {0}", folder.string()));
+}
+
+}  // namespace
+
+ExitCode CreateDatabase(const Options& options, Streams streams) {
+    RequireFree(options.file);
+    try {
+        sqlite::CreateStore(options.file);
+    } catch (const RuntimeError& error) {
+        throw Refusal(fmt::format("{}: {}", options.file.string(), Shown(error.Description())));
+    }
+    if (options.bJson)
+        streams.out
+            << nlohmann::ordered_json{{"database", options.file.string()}, {"created", true}}.dump(
+                   2)
+            << '\n';
+    else if (!options.bQuiet)
+        fmt::print(streams.out, "{}: an empty message database\n", options.file.string());
+    return ExitCode::Done;
+}
+
+ExitCode ShowDatabase(const Options& options, Streams streams) {
+    Machine machine(options);
+    machine.PrintWarnings(streams.err);
+    const DatabaseInfo info = ReadInfo(machine, machine.Engine());
+    if (options.bJson)
+        streams.out << AsJson(info, machine.Database()).dump(2) << '\n';
+    else if (!options.bQuiet)
+        Print(info, machine.Database(), streams.out);
+    for (const Text& sProblem : info.problems)
+        fmt::print(streams.err, "nomiractl: {}: {}\n", machine.Database().string(),
+                   Shown(sProblem));
+    return info.problems.empty() ? ExitCode::Done : ExitCode::Refused;
+}
+
+}  // namespace nomira::companion

@@ -1,0 +1,87 @@
+#include "apps/nomiractl/FileChecks.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <fstream>
+#include <string>
+#include <system_error>
+
+#include "apps/nomiractl/Refusal.h"
+
+namespace nomira::companion {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kAccessMark = "Standard Jet DB";
+constexpr std::size_t kAccessMarkPlace = 4;
+
+// What stands at the path, links followed. "Not found" is an answer; anything else that keeps it
+// from being looked at is a Refusal.
+fs::file_status StatusOf(const fs::path& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (status.type() == fs::file_type::none)
+        throw Refusal(fmt::format("{}: {}", path.string(), error.message()));
+    return status;
+}
+
+void RequireReadable(const fs::path& path) {
+    if (::access(path.c_str(), R_OK) == 0) return;
+    throw Refusal(fmt::format("{}: {}", path.string(), std::generic_category().message(errno)));
+}
+
+// Nobody's write bit keeps the superuser out as well: the database adapter sees it so.
+void RequireWritable(const fs::path& path, const fs::file_status& status) {
+    constexpr fs::perms kAnyoneWrites =
+        fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+    const bool bWritable = (status.permissions() & kAnyoneWrites) != fs::perms::none;
+    if (bWritable && ::access(path.c_str(), W_OK) == 0) return;
+    throw Refusal(
+        fmt::format("{0}: the database is read-only; allow it with: chmod u+w {0}", path.string()));
+}
+
+void RefuseAccessFile(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::string sHead(kAccessMarkPlace + kAccessMark.size(), '\0');
+    file.read(sHead.data(), static_cast<std::streamsize>(sHead.size()));
+    if (sHead.compare(kAccessMarkPlace, kAccessMark.size(), kAccessMark) == 0)
+        throw Refusal(
+            fmt::format("{}: an Access database, which can't be read yet; make one of"
+                        " this system's own with: nomiractl db create PATH",
+                        path.string()));
+}
+
+}  // namespace
+
+void CheckTextFile(const fs::path& path) {
+    const fs::file_status status = StatusOf(path);
+    if (!fs::exists(status)) throw Refusal(fmt::format("{}: no such file", path.string()));
+    if (fs::is_directory(status))
+        throw Refusal(fmt::format("{}: a folder; name the text file in it", path.string()));
+    if (!fs::is_regular_file(status))
+        throw Refusal(
+            fmt::format("{}: not a plain file; the import reads it more than once", path.string()));
+    RequireReadable(path);
+}
+
+void CheckDatabase(const fs::path& path, DatabaseUse use) {
+    const fs::file_status status = StatusOf(path);
+    if (!fs::exists(status))
+        throw Refusal(fmt::format("no database at {0}; make one with: nomiractl db create {0}",
+                                  path.string()));
+    if (!fs::is_regular_file(status))
+        throw Refusal(fmt::format("{}: no database, for it is not a plain file", path.string()));
+    if (fs::file_size(path) == 0)
+        throw Refusal(
+            fmt::format("{0}: an empty file and no database; remove it and make one with:"
+                        " nomiractl db create {0}",
+                        path.string()));
+    RequireReadable(path);
+    if (use == DatabaseUse::Write) RequireWritable(path, status);
+    RefuseAccessFile(path);
+}
+
+}  // namespace nomira::companion

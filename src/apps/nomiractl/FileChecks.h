@@ -1,0 +1,18 @@
+// Looks at the files that a command is about to use, before the core does: the core keeps quiet
+// about what it can't open. All of these throw Refusal with the remedy.
+#pragma once
+
+#include <filesystem>
+
+namespace nomira::companion {
+
+// A file that can be read, to be imported.
+void CheckTextFile(const std::filesystem::path& path);
+
+enum class DatabaseUse { Read, Write };
+
+// A file that may be a database and may be used so. Opens and closes it, so that it must not be
+// open in the engine yet.
+void CheckDatabase(const std::filesystem::path& path, DatabaseUse use);
+
+}  // namespace nomira::companion

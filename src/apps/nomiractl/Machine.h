@@ -1,0 +1,39 @@
+// The machine that a command works on: this system's adapters, composed as the options say. While
+// it lives it is the platform, and the program's variables have their start values when it comes
+// and when it goes.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <ostream>
+
+#include "apps/nomiractl/Options.h"
+#include "database/DatabaseEngine.h"
+
+namespace nomira::companion {
+
+class Machine {
+  public:
+    explicit Machine(const Options& options);
+    ~Machine();
+    Machine(const Machine&) = delete;
+    Machine& operator=(const Machine&) = delete;
+
+    // Where the message database lies.
+    const std::filesystem::path& Database() const;
+    // Finds it under the core's path.
+    DatabaseEngine& Engine();
+
+    // What the settings' files have that can't be understood.
+    void PrintWarnings(std::ostream& err) const;
+
+    // Passes on the notice to the controller's database process that the passes gave; until then
+    // it is held back.
+    void ReleaseNotice();
+
+  private:
+    struct Parts;
+    std::unique_ptr<Parts> m_parts;
+};
+
+}  // namespace nomira::companion

@@ -1,0 +1,143 @@
+#include "apps/nomiractl/Nomiractl.h"
+
+#include <fmt/format.h>
+#include <fmt/ostream.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <exception>
+
+#include "apps/nomiractl/Commands.h"
+#include "apps/nomiractl/Words.h"
+#include "langtools/RuntimeError.h"
+
+namespace nomira::companion {
+namespace {
+
+using Command = ExitCode (*)(const Options&, Streams);
+
+constexpr const char* kDescription =
+    "Moves the long names of a robot controller's signals between the message database and text\n"
+    "files, as nomira does, and tells what it did.";
+
+constexpr const char* kFooter =
+    "Exit status:\n"
+    "  0  done\n"
+    "  1  something was refused or failed; nothing was changed\n"
+    "  2  wrong usage\n"
+    "\n"
+    "Paths on the command line are this system's own. Without --prefix, the prefix is\n"
+    "$NOMIRA_PREFIX, or $XDG_DATA_HOME/nomira, or ~/.local/share/nomira; its registry.reg and\n"
+    "nomira.conf apply. A text file is in the 8-bit code page (1252) with CR LF line ends.";
+
+// The command line, and what it asks for.
+class Arguments {
+  public:
+    Arguments() : m_app(kDescription, "nomiractl") {
+        m_app.footer(kFooter);
+        m_app.fallthrough();
+        m_app.require_subcommand(1);
+        m_app.set_version_flag("--version", NOMIRA_VERSION);
+        AddCommonOptions();
+        AddDatabaseCommands();
+        AddImport();
+        AddExport();
+    }
+
+    void Parse(std::vector<std::string> args) {
+        std::reverse(args.begin(), args.end());  // as the parser wants them
+        m_app.parse(args);
+        if (m_options.bJson && m_command == ExportTextFile && m_options.file == "-")
+            throw CLI::ValidationError("--json", "needs a file as the export's target");
+    }
+
+    // For --help as well as for errors.
+    ExitCode Explain(const CLI::ParseError& error, std::ostream& out, std::ostream& err) const {
+        return m_app.exit(error, out, err) == 0 ? ExitCode::Done : ExitCode::WrongUsage;
+    }
+
+    ExitCode Run(Streams streams) const { return m_command(m_options, streams); }
+
+  private:
+    void AddCommonOptions() {
+        m_app
+            .add_option("--prefix", m_options.prefix, "The folder that stands for C: and registry")
+            ->type_name("DIR");
+        m_app
+            .add_option("--db", m_options.database,
+                        "The message database (default: where the prefix has"
+                        " C:\\tqx\\data\\orvo_con.mdb)")
+            ->type_name("PATH");
+        m_app
+            .add_option("--customer", m_options.customer,
+                        "Work as for this customer, whatever the registry says; VW selects the"
+                        " customer's keys, \"\" the standard ones")
+            ->type_name("NAME");
+        m_app.add_flag("--json", m_options.bJson, "Report as JSON");
+        m_app.add_flag("--quiet", m_options.bQuiet, "Report errors and warnings only");
+    }
+
+    CLI::App* Add(CLI::App& parent, const char* sName, const char* sWhat, Command command) {
+        CLI::App* sub = parent.add_subcommand(sName, sWhat);
+        sub->callback([this, command] { m_command = command; });
+        return sub;
+    }
+
+    void AddDatabaseCommands() {
+        CLI::App* db = m_app.add_subcommand("db", "Make a message database, or look at one");
+        db->require_subcommand(1);
+        db->fallthrough();
+        CLI::App* create = Add(*db, "create", "Make a new, empty message database", CreateDatabase);
+        create->add_option("PATH", m_options.file, "The file to make; must not exist")->required();
+        CLI::App* info =
+            Add(*db, "info", "Tell what a database holds and whether it is whole", ShowDatabase);
+        info->add_option("PATH", m_options.database, "The database (default: as for --db)");
+    }
+
+    void AddImport() {
+        CLI::App* import =
+            Add(m_app, "import", "Bring a text file into the database: everything, or nothing",
+                ImportTextFile);
+        import->add_option("FILE", m_options.file, "The text file")->required();
+        import->add_flag("--overwrite", m_options.bOverwrite,
+                         "First remove what the file replaces: all signals if it has any, all"
+                         " welding channels if it has any");
+        import->add_flag("--dry-run", m_options.bDryRun, "Report, but change nothing");
+    }
+
+    void AddExport() {
+        CLI::App* command =
+            Add(m_app, "export", "Write all texts of the database to a text file", ExportTextFile);
+        command->add_option("FILE", m_options.file, "The file to write; - for the standard output")
+            ->required();
+    }
+
+    CLI::App m_app;
+    Options m_options;
+    Command m_command = nullptr;
+};
+
+ExitCode Guarded(const Arguments& arguments, Streams streams) {
+    try {
+        return arguments.Run(streams);
+    } catch (const RuntimeError& error) {
+        fmt::print(streams.err, "nomiractl: {}\n", Shown(error.Description()));
+    } catch (const std::exception& error) {
+        fmt::print(streams.err, "nomiractl: {}\n", error.what());
+    }
+    return ExitCode::Refused;
+}
+
+}  // namespace
+
+ExitCode RunNomiractl(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+    Arguments arguments;
+    try {
+        arguments.Parse(args);
+    } catch (const CLI::ParseError& error) {
+        return arguments.Explain(error, out, err);
+    }
+    return Guarded(arguments, {out, err});
+}
+
+}  // namespace nomira::companion

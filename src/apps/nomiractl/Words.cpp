@@ -1,0 +1,59 @@
+#include "apps/nomiractl/Words.h"
+
+#include <fmt/format.h>
+
+#include "adapters/sqlite/Utf8.h"
+#include "apps/nomiractl/Refusal.h"
+
+namespace nomira::companion {
+namespace {
+
+constexpr std::size_t kMostShown = 100;
+constexpr char16_t kNoCharacter = 0xFFFD;
+
+bool IsHigh(char16_t c) {
+    return (c & 0xFC00) == 0xD800;
+}
+
+bool IsLow(char16_t c) {
+    return (c & 0xFC00) == 0xDC00;
+}
+
+Text WithoutHalfPairs(TextView sText) {
+    Text sWhole(sText);
+    for (std::size_t n = 0; n < sWhole.size(); ++n) {
+        if (IsHigh(sWhole[n]) && n + 1 < sWhole.size() && IsLow(sWhole[n + 1]))
+            ++n;
+        else if (IsHigh(sWhole[n]) || IsLow(sWhole[n]))
+            sWhole[n] = kNoCharacter;
+    }
+    return sWhole;
+}
+
+bool IsControl(char16_t c) {
+    return c < 0x20 || (c >= 0x7F && c < 0xA0);
+}
+
+}  // namespace
+
+std::string Utf8(TextView sText) {
+    return sqlite::ToUtf8(WithoutHalfPairs(sText));
+}
+
+std::string Shown(TextView sText) {
+    Text sLine(sText.substr(0, kMostShown));
+    for (char16_t& c : sLine)
+        if (IsControl(c)) c = u'?';
+    return Utf8(sLine) + (sText.size() > kMostShown ? "..." : "");
+}
+
+Text CorePath(const std::filesystem::path& path) {
+    const std::string sBytes = std::filesystem::absolute(path).string();
+    const Text sPath = sqlite::FromUtf8(sBytes);
+    if (sqlite::ToUtf8(sPath) != sBytes || sPath.find(u'\\') != Text::npos)
+        throw Refusal(fmt::format(
+            "{}: a file name must be UTF-8 and without backslashes; rename it", Shown(sPath)));
+    return sPath;
+}
+
+}  // namespace nomira::companion
