@@ -14,7 +14,7 @@
 
 namespace nomira::testing {
 
-struct Outcome {
+struct ProcessOutcome {
     int nStatus = -1;  // the exit status; 128 and the signal's number if one ended it
     std::string sOut;
     std::string sErr;
@@ -51,8 +51,9 @@ using Environment = std::vector<std::pair<std::string, std::string>>;
 
 // The program gets the arguments, no standard input, and the environment of this process with the
 // given variables added.
-inline Outcome RunProcess(const std::string& sProgram, const std::vector<std::string>& arguments,
-                          const Environment& environment) {
+inline ProcessOutcome RunProcess(const std::string& sProgram,
+                                 const std::vector<std::string>& arguments,
+                                 const Environment& environment) {
     const internal::StreamFile out, err;
     std::vector<char*> argv{const_cast<char*>(sProgram.c_str())};
     for (const std::string& sArgument : arguments)

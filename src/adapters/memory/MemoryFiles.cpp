@@ -51,6 +51,13 @@ TextView LastPartOf(TextView sFullPath) {
     return IsDrive(sFullPath) ? sFullPath : sFullPath.substr(sFullPath.rfind(u'\\') + 1);
 }
 
+// The full path; raises BadFileName if its last part can't be a name.
+Text FullPathOfName(TextView sPath) {
+    Text sFull = FullPath(sPath);
+    if (sPath.empty() || CannotBeFileName(LastPartOf(sFull))) Raise(ErrorNumber::BadFileName);
+    return sFull;
+}
+
 // Counts an open file for as long as it lives.
 class OpenCount {
   public:
@@ -190,7 +197,7 @@ void MemoryFiles::RequireOpenable(TextView sPath, TextView sFullPath) const {
     const auto found = m_openFailures.find(Key(sFullPath));
     if (found != m_openFailures.end()) Raise(found->second);
     if (sPath.empty() || CannotBeFileName(LastPartOf(sFullPath))) Raise(ErrorNumber::BadFileName);
-    if (sPath.ends_with(u'\\') && !IsDrive(sFullPath)) RequireParent(sFullPath);
+    if (sPath.ends_with(u'\\')) RequireParent(sFullPath);
     Node node = Find(sFullPath);
     if (sPath.ends_with(u'\\') || (node && node->IsDirectory())) {
         Raise(ErrorNumber::PathFileAccess);
@@ -243,15 +250,13 @@ std::vector<Text> MemoryFiles::Dir(TextView sPath, std::uint16_t nAttributes) {
 }
 
 std::uint16_t MemoryFiles::GetAttr(TextView sPath) {
-    const Text sFull = FullPath(sPath);
-    if (sPath.empty() || CannotBeFileName(LastPartOf(sFull))) Raise(ErrorNumber::BadFileName);
+    const Text sFull = FullPathOfName(sPath);
     return Require(sFull)->nAttributes;
 }
 
 void MemoryFiles::SetAttr(TextView sPath, std::uint16_t nAttributes) {
     if (nAttributes & ~kSettable) Raise(ErrorNumber::InvalidProcedureCall);
-    const Text sFull = FullPath(sPath);
-    if (sPath.empty() || CannotBeFileName(LastPartOf(sFull))) Raise(ErrorNumber::BadFileName);
+    const Text sFull = FullPathOfName(sPath);
     RequireChangeable(sFull);
     const Node node = Require(sFull);
     const int nKind = node->nAttributes & AttributeDirectory;
@@ -259,8 +264,7 @@ void MemoryFiles::SetAttr(TextView sPath, std::uint16_t nAttributes) {
 }
 
 void MemoryFiles::MkDir(TextView sPath) {
-    const Text sFull = FullPath(sPath);
-    if (sPath.empty() || CannotBeFileName(LastPartOf(sFull))) Raise(ErrorNumber::BadFileName);
+    const Text sFull = FullPathOfName(sPath);
     RequireChangeable(sFull);
     RequireParent(sFull);
     if (Find(sFull)) Raise(ErrorNumber::PathFileAccess);
@@ -268,8 +272,7 @@ void MemoryFiles::MkDir(TextView sPath) {
 }
 
 void MemoryFiles::RmDir(TextView sPath) {
-    const Text sFull = FullPath(sPath);
-    if (sPath.empty() || CannotBeFileName(LastPartOf(sFull))) Raise(ErrorNumber::BadFileName);
+    const Text sFull = FullPathOfName(sPath);
     RequireChangeable(sFull);
     RequireParent(sFull);
     Node node = Find(sFull);
@@ -283,6 +286,7 @@ void MemoryFiles::Kill(TextView sPath) {
     if (sPath.empty()) Raise(ErrorNumber::BadFileName);
     RequireChangeable(sFull);
     RequireParent(sFull);
+    if (sPath.ends_with(u'\\')) Raise(ErrorNumber::PathFileAccess);
     const std::vector<Text> names = Matching(sFull, AttributeNormal);
     if (names.empty()) Raise(ErrorNumber::FileNotFound);
     for (const Text& sName : names) {
@@ -294,11 +298,10 @@ void MemoryFiles::Kill(TextView sPath) {
 }
 
 void MemoryFiles::Name(TextView sOldPath, TextView sNewPath) {
-    const Text sOld = FullPath(sOldPath), sNew = FullPath(sNewPath);
-    for (const TextView sFull : {TextView(sOld), TextView(sNew)}) {
-        if (CannotBeFileName(LastPartOf(sFull))) Raise(ErrorNumber::BadFileName);
-        RequireChangeable(sFull);
-    }
+    const Text sOld = FullPathOfName(sOldPath), sNew = FullPathOfName(sNewPath);
+    if (IsDrive(sOld) || IsDrive(sNew)) Raise(ErrorNumber::PathFileAccess);
+    RequireChangeable(sOld);
+    RequireChangeable(sNew);
     Require(sOld);
     RequireParent(sNew);
     if (Key(sOld) != Key(sNew) && Find(sNew)) Raise(ErrorNumber::FileAlreadyExists);

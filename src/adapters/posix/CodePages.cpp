@@ -19,10 +19,10 @@ struct NamedPage {
     const char* sCharset;
 };
 constexpr NamedPage kNamedPages[] = {
-    {20127, "US-ASCII"},    {20866, "KOI8-R"},      {21866, "KOI8-U"},      {28591, "ISO-8859-1"},
-    {28592, "ISO-8859-2"},  {28593, "ISO-8859-3"},  {28594, "ISO-8859-4"},  {28595, "ISO-8859-5"},
-    {28596, "ISO-8859-6"},  {28597, "ISO-8859-7"},  {28598, "ISO-8859-8"},  {28599, "ISO-8859-9"},
-    {28603, "ISO-8859-13"}, {28605, "ISO-8859-15"}, {51932, "EUC-JP"},      {51949, "EUC-KR"},
+    {20127, "US-ASCII"},    {20866, "KOI8-R"},      {21866, "KOI8-U"},     {28591, "ISO-8859-1"},
+    {28592, "ISO-8859-2"},  {28593, "ISO-8859-3"},  {28594, "ISO-8859-4"}, {28595, "ISO-8859-5"},
+    {28596, "ISO-8859-6"},  {28597, "ISO-8859-7"},  {28598, "ISO-8859-8"}, {28599, "ISO-8859-9"},
+    {28603, "ISO-8859-13"}, {28605, "ISO-8859-15"}, {51932, "EUC-JP"},     {51949, "EUC-KR"},
     {54936, "GB18030"},     {65001, "UTF-8"},
 };
 
@@ -164,8 +164,8 @@ class IconvPage : public CodePage {
     // Bytes of the next character of UTF-16: four for a whole surrogate pair.
     static std::size_t LengthOfNext(std::string_view utf16) {
         const Text sNext = TextOf(utf16.substr(0, 4));
-        const bool bPair = sNext.size() == 2 && (sNext[0] & 0xFC00) == 0xD800 &&
-                           (sNext[1] & 0xFC00) == 0xDC00;
+        const bool bPair =
+            sNext.size() == 2 && (sNext[0] & 0xFC00) == 0xD800 && (sNext[1] & 0xFC00) == 0xDC00;
         return std::min<std::size_t>(utf16.size(), bPair ? 4 : 2);
     }
 

@@ -171,6 +171,11 @@ bool Prefix::DriveIsMissing(TextView sPath) const {
     return !std::filesystem::is_directory(DriveFolder(path->cLetter), ignored);
 }
 
+bool Prefix::IsDriveRoot(TextView sPath) {
+    const auto path = SplitDrivePath(sPath);
+    return path && path->parts.empty();
+}
+
 std::vector<Text> Prefix::PlacedNamesIn(TextView sDirectory) const {
     std::vector<Text> names;
     const auto directory = SplitDrivePath(sDirectory);
@@ -189,7 +194,8 @@ std::vector<Text> Prefix::Drives() const {
     for (const auto& entry : std::filesystem::directory_iterator(m_root / "drives", ignored)) {
         const std::string sName = entry.path().filename().string();
         if (sName.size() != 1 || !IsLetter(static_cast<unsigned char>(sName[0]))) continue;
-        if (entry.is_directory(ignored)) drives.push_back(Text(1, UCase(FromNative(sName)[0])) + u':');
+        if (entry.is_directory(ignored))
+            drives.push_back(Text(1, UCase(FromNative(sName)[0])) + u':');
     }
     std::sort(drives.begin(), drives.end());
     drives.erase(std::unique(drives.begin(), drives.end()), drives.end());

@@ -44,6 +44,9 @@ class Prefix {
     // Whether the path goes to a drive that isn't there.
     bool DriveIsMissing(TextView sPath) const;
 
+    // Whether the path means a drive itself.
+    static bool IsDriveRoot(TextView sPath);
+
     // Names of the placed paths that stand directly in this directory of the Windows side.
     std::vector<Text> PlacedNamesIn(TextView sDirectory) const;
 

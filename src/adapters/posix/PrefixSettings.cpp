@@ -47,9 +47,10 @@ bool IsDrivePath(TextView sPath) {
 void AddPlacedPath(PrefixSettings& settings, std::string_view sOf, std::string_view sValue) {
     const Text sPath = FromNative(sOf);
     if (!IsDrivePath(sPath) || !sValue.starts_with('/')) {
-        throw BadSetting{"a path needs a drive on its left and an absolute path of this system on "
-                         "its right; write it such as \"path C:\\tqx\\data\\orvo_con.mdb = "
-                         "/srv/orvo_con.db\""};
+        throw BadSetting{
+            "a path needs a drive on its left and an absolute path of this system on "
+            "its right; write it such as \"path C:\\tqx\\data\\orvo_con.mdb = "
+            "/srv/orvo_con.db\""};
     }
     settings.placedPaths.push_back({sPath, std::string(sValue)});
 }

@@ -171,8 +171,9 @@ class Parser {
         } else if (sLine == kHeader4) {
             m_bUtf16Data = false;
         } else if (!sLine.empty()) {
-            Find("no header; the first line must be \"REGEDIT4\" or \"Windows Registry Editor "
-                 "Version 5.00\"");
+            Find(
+                "no header; the first line must be \"REGEDIT4\" or \"Windows Registry Editor "
+                "Version 5.00\"");
             ReadLine(sLine);
         }
     }
@@ -227,7 +228,8 @@ class Parser {
             sName = TakeQuoted(sLine);
         }
         sLine = Trimmed(sLine);
-        if (!sName || !sLine.starts_with(u'=')) return Find("the value has no name with \"=\" behind it");
+        if (!sName || !sLine.starts_with(u'='))
+            return Find("the value has no name with \"=\" behind it");
         ReadData(UCase(*sName), Trimmed(sLine.substr(1)));
     }
 
@@ -326,8 +328,9 @@ Text FoldedKey(TextView sKey) {
 RegistryText ParseRegistryText(std::string_view bytes, const CodePage& page) {
     if (bytes.starts_with(kUtf16BigMark)) {
         RegistryText nothing;
-        nothing.findings.push_back({0, "the file is UTF-16 with the high byte first, which the "
-                                       "registry editor never writes; save it as UTF-8"});
+        nothing.findings.push_back({0,
+                                    "the file is UTF-16 with the high byte first, which the "
+                                    "registry editor never writes; save it as UTF-8"});
         return nothing;
     }
     const Text sText = DecodeFile(bytes, page);

@@ -53,7 +53,8 @@ bool IsBlank(std::string_view sText) {
 FileIdentity IdentifyFile(const std::filesystem::path& path) {
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0) RaiseFailure(std::generic_category().message(errno));
-    if (!S_ISREG(status.st_mode) || status.st_size < kSmallestPage) RaiseFailure("file is not a database");
+    if (!S_ISREG(status.st_mode) || status.st_size < kSmallestPage)
+        RaiseFailure("file is not a database");
     return {status.st_dev, status.st_ino, status.st_mode, status.st_uid, status.st_gid};
 }
 

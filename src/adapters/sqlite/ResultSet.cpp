@@ -109,9 +109,26 @@ bool StartsWithSelect(std::string_view sSql) {
            sqlite3_strnicmp(sSql.data(), kSelect.data(), static_cast<int>(kSelect.size())) == 0;
 }
 
+std::string LowerCase(std::string_view sText) {
+    std::string sLower(sText);
+    for (char& c : sLower)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return sLower;
+}
+
+// Whether a column more in front would change the query: groups are no rows of a table, and
+// "ORDER BY 1" counts the columns.
+bool MindsItsColumns(std::string_view sSql) {
+    const std::string sLower = LowerCase(sSql);
+    if (sLower.find("group by") != std::string::npos) return true;
+    const std::size_t nOrder = sLower.rfind("order by");
+    if (nOrder == std::string::npos) return false;
+    return sLower.find_first_of("0123456789", nOrder) != std::string::npos;
+}
+
 // The query with the row id as a hidden column in front; empty where it can't have one.
 StatementPtr PrepareWithRowId(Database& database, std::string_view sSql) {
-    if (!StartsWithSelect(sSql)) return nullptr;
+    if (!StartsWithSelect(sSql) || MindsItsColumns(sSql)) return nullptr;
     std::string sHidden = "SELECT rowid AS nomira_rowid, ";
     sHidden += sSql.substr(kSelect.size());
     try {

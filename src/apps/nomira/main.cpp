@@ -1,1 +1,46 @@
-int main() {}
+// nomira, the program, on a POSIX system: its composition and nothing else. It picks the adapters,
+// makes the command line out of the arguments, and leaves the rest to RunProgram.
+//
+// Exit status: 0, or 1 after a run-time error (shown in the run-time box), an unusable prefix, or
+// a front end that has no window to show itself in (one line each on the error stream).
+#include <cstdio>
+#include <exception>
+#include <span>
+
+#include "adapters/posix/PosixMachine.h"
+#include "adapters/sqlite/SqliteEngine.h"
+#include "apps/nomira/CommandLine.h"
+#include "database/DatabaseEngine.h"
+#include "frame/entry/RunProgram.h"
+#include "ui/formlayer/FormLayer.h"
+
+namespace {
+
+using namespace nomira;
+
+int Run(std::span<const char* const> arguments) {
+    posix::PosixMachine machine;
+    machine.BecomePlatform(JoinArguments(arguments, machine.locale.EightBitPage()));
+    sqlite::SqliteEngine engine(
+        [&machine](TextView sPath) { return machine.prefix.NativePath(sPath); });
+    SetDatabaseEngine(&engine);
+    const int nStatus = RunProgram();
+    if (nStatus != 0 || !AnyFormVisible()) return nStatus;
+    std::fputs(
+        "nomira: this build has no window to show the program's form in; give a batch command "
+        "instead, such as 'TEXT_INTO_DB|OVERWRITE|C:\\names.txt'\n",
+        stderr);
+    return 1;
+}
+
+}  // namespace
+
+int main(int nArguments, char** arguments) {
+    try {
+        const auto all = std::span<const char* const>(arguments, nArguments);
+        return Run(all.subspan(nArguments > 0 ? 1 : 0));
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "nomira: %s\n", error.what());
+        return 1;
+    }
+}

@@ -46,6 +46,15 @@ std::vector<Text> Findings() {
 
 }  // namespace
 
+template <typename Work>
+decltype(auto) DatabaseWork::InWords(Work work) {
+    try {
+        return work();
+    } catch (const RuntimeError& error) {
+        Refuse(error.Description());
+    }
+}
+
 DatabaseWork::DatabaseWork(std::filesystem::path path, DatabaseEngine& engine, DatabaseUse use)
     : m_path((CheckDatabase(path, use), std::move(path))), m_engine(engine) {
     if (!OpenDatabase(kLongTextDatabase))
@@ -78,15 +87,6 @@ void DatabaseWork::RequireNoFailure() const {
 
 void DatabaseWork::Commit() {
     InWords([this] { m_engine.Commit(); });
-}
-
-template <typename Work>
-decltype(auto) DatabaseWork::InWords(Work work) {
-    try {
-        return work();
-    } catch (const RuntimeError& error) {
-        Refuse(error.Description());
-    }
 }
 
 void DatabaseWork::Refuse(TextView sEngineWords) const {

@@ -25,6 +25,7 @@ class DatabaseWork {
 
     // Throws Refusal if the engine has failed since, whether or not the core cared.
     void RequireNoFailure() const;
+    // Keeps what was written and closes the file.
     void Commit();
 
   private:

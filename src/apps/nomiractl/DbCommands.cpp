@@ -28,8 +28,8 @@ struct ClassCount {
 struct DatabaseInfo {
     std::uintmax_t nBytes = 0;
     ByClass<ClassCount> classes{};
-    ClassCount total;
-    std::vector<Text> problems;  // what the engine finds wrong
+    ClassCount total{};
+    std::vector<Text> problems{};  // what the engine finds wrong
 };
 
 void Count(ClassCount& count, const Item& item) {

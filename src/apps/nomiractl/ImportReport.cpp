@@ -32,11 +32,11 @@ const ReasonWords& WordsOf(PassedOver reason) {
                          [reason](const ReasonWords& words) { return words.reason == reason; });
 }
 
-std::string FailureReason(StoreOutcome outcome) {
-    if (outcome == StoreOutcome::NoMessage)
-        return "the database has this key without a message, so that its text would be lost;"
-               " import with --overwrite to make it anew";
-    return "the database took the text not or not whole";
+std::string FailureReason(const ImportReport& report, StoreOutcome outcome) {
+    if (outcome != StoreOutcome::NoMessage) return "the database refused the text";
+    const std::string sReason =
+        "the database has this key without a message, so that its text would be lost";
+    return report.bOverwrite ? sReason : sReason + "; import with --overwrite to make it anew";
 }
 
 std::int64_t CountReason(const ImportReport& report, PassedOver reason) {
@@ -99,7 +99,7 @@ void PrintFailures(const ImportReport& report, std::ostream& err) {
     for (std::size_t n = 0; n < nShown; ++n) {
         const ImportReport::FailedLine& line = report.failed[n];
         fmt::print(err, "nomiractl: {}:{}: {}: {}\n", report.sFile, line.nLine, Shown(line.sKey),
-                   FailureReason(line.outcome));
+                   FailureReason(report, line.outcome));
     }
     if (!report.failed.empty())
         fmt::print(err, "nomiractl: {} lines could not be stored; nothing was changed\n",
@@ -142,7 +142,7 @@ nlohmann::ordered_json ReportAsJson(const ImportReport& report) {
     for (const ImportReport::FailedLine& line : report.failed)
         json["failed"].push_back({{"line", line.nLine},
                                   {"key", Utf8(line.sKey)},
-                                  {"reason", FailureReason(line.outcome)}});
+                                  {"reason", FailureReason(report, line.outcome)}});
     return json;
 }
 

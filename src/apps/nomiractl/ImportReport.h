@@ -33,8 +33,8 @@ struct ImportReport {
 
     ByClass<int> lines{};             // stored, by class
     ByClass<ClassChanges> changes{};  // of the database
-    std::vector<PassedLine> passedOver;
-    std::vector<FailedLine> failed;
+    std::vector<PassedLine> passedOver{};
+    std::vector<FailedLine> failed{};
 };
 
 // The lines that could not be stored, as "nomiractl: FILE:LINE: KEY: why"; nothing if there are

@@ -123,6 +123,7 @@ void OneConnectionEngine::Begin() {
 void OneConnectionEngine::Commit() {
     Watch([this] { Inner().CommitTrans(); });
     m_bTransaction = false;
+    m_connection.reset();
 }
 
 void OneConnectionEngine::Rollback() {

@@ -28,6 +28,7 @@ class OneConnectionEngine : public DatabaseEngine {
     // A transaction over what follows, once the core has opened the database. Raise like the
     // connection's own, ObjectClosed without one.
     void Begin();
+    // Closes the connection as well: the file is whole and alone then.
     void Commit();
     void Rollback();
 

@@ -54,7 +54,8 @@ std::vector<fs::path> NamedPrograms(const Options& options) {
             programs.push_back(path);
             continue;
         }
-        for (fs::path& program : ProgramsOf(path)) programs.push_back(std::move(program));
+        for (fs::path& program : ProgramsOf(path))
+            programs.push_back(std::move(program));
     }
     return programs;
 }
@@ -117,12 +118,10 @@ Totals Count(const std::vector<ProgramReport>& reports) {
 
 nlohmann::ordered_json AsJson(const std::vector<ProgramReport>& reports, const Options& options) {
     const Totals totals = Count(reports);
-    nlohmann::ordered_json json{{"written", WritesFiles(options)},
-                                {"programs", totals.nPrograms},
-                                {"changed", totals.nChanged},
-                                {"lines", totals.nLines},
-                                {"failed", totals.nFailed},
-                                {"files", nlohmann::ordered_json::array()}};
+    nlohmann::ordered_json json{
+        {"written", WritesFiles(options)}, {"programs", totals.nPrograms},
+        {"changed", totals.nChanged},      {"lines", totals.nLines},
+        {"failed", totals.nFailed},        {"files", nlohmann::ordered_json::array()}};
     for (const ProgramReport& report : reports) {
         nlohmann::ordered_json file{{"file", report.path.string()}};
         file["changed_lines"] = nlohmann::ordered_json::array();

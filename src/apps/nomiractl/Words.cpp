@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "adapters/posix/NativeName.h"
 #include "adapters/sqlite/Utf8.h"
 #include "apps/nomiractl/Refusal.h"
 
@@ -48,11 +49,10 @@ std::string Shown(TextView sText) {
 }
 
 Text CorePath(const std::filesystem::path& path) {
-    const std::string sBytes = std::filesystem::absolute(path).string();
-    const Text sPath = sqlite::FromUtf8(sBytes);
-    if (sqlite::ToUtf8(sPath) != sBytes || sPath.find(u'\\') != Text::npos)
-        throw Refusal(fmt::format(
-            "{}: a file name must be UTF-8 and without backslashes; rename it", Shown(sPath)));
+    Text sPath = posix::FromNative(std::filesystem::absolute(path).string());
+    if (sPath.find(u'\\') != Text::npos)
+        throw Refusal(fmt::format("{}: a backslash in a file's name separates folders; rename it",
+                                  path.string()));
     return sPath;
 }
 

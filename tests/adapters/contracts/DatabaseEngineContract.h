@@ -367,7 +367,8 @@ TEST_P(DatabaseEngineContract, RowsThatCantBeToldApartAreReadOnly) {
          {TextView(u"SELECT Messages.String FROM Items INNER JOIN Messages ON "
                    u"Items.Key_id=Messages.Key_id"),
           TextView(u"SELECT String FROM Messages UNION SELECT KeyString FROM Items"),
-          TextView(u"SELECT DISTINCT String FROM Messages"), TextView(u"SELECT 'x' AS String")}) {
+          TextView(u"SELECT DISTINCT String FROM Messages"), TextView(u"SELECT 'x' AS String"),
+          TextView(u"SELECT String FROM Messages GROUP BY String")}) {
         const auto rows = Opened(sQuery);
         EXPECT_FALSE(rows->Eof());
         EXPECT_RAISES(ErrorNumber::UpdateNotAllowed, rows->SetField(u"String", Text(u"x")))
@@ -375,6 +376,12 @@ TEST_P(DatabaseEngineContract, RowsThatCantBeToldApartAreReadOnly) {
     }
     const auto rows = Opened(u"SELECT String, 1+1 AS Two FROM Messages");
     EXPECT_RAISES(ErrorNumber::UpdateNotAllowed, rows->SetField(u"Two", std::int64_t{3}));
+}
+
+TEST_P(DatabaseEngineContract, SortingByAColumnsPlaceCountsTheColumnsOfTheQuery) {
+    Fill();
+    const auto rows = Opened(u"SELECT Items.KeyString FROM Items ORDER BY 1");
+    EXPECT_EQ(std::get<Text>(rows->Field(u"KeyString")), u"FlagText1");
 }
 
 // --- Adding a row.

@@ -1,0 +1,97 @@
+#include "apps/nomiractl/Machine.h"
+
+#include <fmt/ostream.h>
+
+#include <optional>
+
+#include "adapters/posix/NativeName.h"
+#include "adapters/posix/PosixMachine.h"
+#include "adapters/sqlite/SqliteEngine.h"
+#include "apps/nomiractl/CollectingDesktop.h"
+#include "apps/nomiractl/CustomerRegistry.h"
+#include "apps/nomiractl/HeldNotice.h"
+#include "database/adoModul.h"
+#include "langtools/BasicText.h"
+#include "langtools/CodePage.h"
+#include "langtools/ProgramState.h"
+#include "platform/Platform.h"
+
+namespace nomira::companion {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path PrefixRoot(const Options& options) {
+    return options.prefix.empty() ? posix::Prefix::RootFromEnvironment() : options.prefix;
+}
+
+}  // namespace
+
+struct Machine::Parts {
+    explicit Parts(const Options& options)
+        : posix(PrefixRoot(options)),
+          database(options.database.empty() ? fs::path(posix.prefix.NativePath(kLongTextDatabase))
+                                            : options.database),
+          notice(posix.closedLibrary),
+          engine([this](TextView sPath) { return FileOf(sPath); }) {
+        if (options.customer)
+            customerRegistry.emplace(posix.registry, posix.locale.EightBitPage().Encode(
+                                                         posix::FromNative(*options.customer)));
+    }
+
+    fs::path FileOf(TextView sPath) const {
+        if (EqualNoCase(sPath, kLongTextDatabase)) return database;
+        return posix.prefix.NativePath(sPath);
+    }
+
+    Registry* TheRegistry() {
+        if (customerRegistry) return &*customerRegistry;
+        return &posix.registry;
+    }
+
+    posix::PosixMachine posix;
+    fs::path database;
+    std::optional<CustomerRegistry> customerRegistry;
+    CollectingDesktop desktop;
+    HeldNotice notice;
+    sqlite::SqliteEngine engine;
+};
+
+Machine::Machine(const Options& options) : m_parts(std::make_unique<Parts>(options)) {
+    ResetProgramState();
+    SetPlatform({.registry = m_parts->TheRegistry(),
+                 .processes = &m_parts->posix.processes,
+                 .locale = &m_parts->posix.locale,
+                 .desktop = &m_parts->desktop,
+                 .files = &m_parts->posix.files,
+                 .closedLibrary = &m_parts->notice,
+                 .sCommandLine = {}});
+    SetDatabaseEngine(&m_parts->engine);
+}
+
+Machine::~Machine() {
+    ResetProgramState();
+    SetDatabaseEngine(nullptr);
+    SetPlatform({});
+}
+
+const fs::path& Machine::Database() const {
+    return m_parts->database;
+}
+
+DatabaseEngine& Machine::Engine() {
+    return m_parts->engine;
+}
+
+void Machine::PrintWarnings(std::ostream& err) const {
+    posix::RegFileRegistry& registry = m_parts->posix.registry;
+    for (const posix::RegistryFinding& finding : registry.Findings())
+        fmt::print(err, "nomiractl: warning: {}:{}: {}\n", registry.File().string(), finding.nLine,
+                   finding.sWhat);
+}
+
+void Machine::ReleaseNotice() {
+    m_parts->notice.Release();
+}
+
+}  // namespace nomira::companion

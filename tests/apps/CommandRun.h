@@ -1,0 +1,93 @@
+// A prefix of its own for tests of the companion's commands, and runs of them in this process.
+#pragma once
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "apps/nomiractl/Nomiractl.h"
+#include "testing/TestDatabase.h"
+#include "testing/TextPrinting.h"
+
+namespace nomira::testing {
+
+// What one run of the companion gave.
+struct Outcome {
+    companion::ExitCode exit;
+    std::string out;
+    std::string err;
+
+    nlohmann::json Json() const { return nlohmann::json::parse(out); }
+};
+
+class CommandRun {
+  public:
+    CommandRun() {
+        std::string sName = (std::filesystem::temp_directory_path() / "nomiractl-XXXXXX").string();
+        m_root = mkdtemp(sName.data());
+        std::filesystem::create_directories(Database().parent_path());
+    }
+    ~CommandRun() { std::filesystem::remove_all(m_root); }
+    CommandRun(const CommandRun&) = delete;
+    CommandRun& operator=(const CommandRun&) = delete;
+
+    std::filesystem::path Root() const { return m_root; }
+    std::filesystem::path Prefix() const { return m_root / "prefix"; }
+    // Where the prefix has the message database.
+    std::filesystem::path Database() const { return Prefix() / "drives/c/tqx/data/orvo_con.mdb"; }
+
+    // One command on this prefix.
+    Outcome Run(std::vector<std::string> args) const {
+        args.insert(args.begin(), {"--prefix", Prefix().string()});
+        return RunAlone(args);
+    }
+    // The same without naming the prefix.
+    static Outcome RunAlone(const std::vector<std::string>& args) {
+        std::ostringstream out, err;
+        const companion::ExitCode exit = companion::RunNomiractl(args, out, err);
+        return {exit, out.str(), err.str()};
+    }
+
+    // An empty database in its place.
+    void CreateDatabase() const {
+        const Outcome made = Run({"db", "create", Database().string()});
+        ASSERT_EQ(made.exit, companion::ExitCode::Done) << made.err;
+    }
+    // Makes the file, and gives its path.
+    std::string Write(const std::string& sName, const std::string& bytes) const {
+        const std::filesystem::path path = m_root / sName;
+        std::ofstream(path, std::ios::binary) << bytes;
+        return path.string();
+    }
+    static std::string Bytes(const std::filesystem::path& path) {
+        std::ifstream in(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+
+    // The texts in the database, each "module key text", sorted.
+    std::vector<std::string> Texts() const {
+        std::vector<std::string> texts;
+        for (const auto& row : QueryOn(Database(),
+                                       "SELECT Module||' '||KeyString||' '||String FROM Items JOIN"
+                                       " Messages USING(Key_id) ORDER BY 1"))
+            texts.push_back(row.at(0));
+        return texts;
+    }
+
+  private:
+    std::filesystem::path m_root;
+};
+
+}  // namespace nomira::testing
+
+namespace nomira::companion {
+inline void PrintTo(ExitCode exit, std::ostream* out) {
+    *out << "exit status " << static_cast<int>(exit);
+}
+}  // namespace nomira::companion

@@ -1,0 +1,2 @@
+INSERT INTO Items VALUES(1,'IO','IN_1');
+INSERT INTO Messages VALUES(1,99,'old');

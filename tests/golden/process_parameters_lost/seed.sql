@@ -1,0 +1,6 @@
+INSERT INTO Items VALUES(1,'IO','IN_1');
+INSERT INTO Messages VALUES(1,99,'Tor');
+INSERT INTO Items VALUES(2,'ZTQXProcParam','ZTQXProcParam_17');
+INSERT INTO Messages VALUES(2,99,'Strom');
+INSERT INTO Items VALUES(3,'ZTQXProcParam','18');
+INSERT INTO Messages VALUES(3,99,'bare');
