@@ -103,10 +103,9 @@ class KeyForms {
         return found == m_forms.end() ? nullptr : &*found;
     }
 
-    // The key as the database has it.
+    // The key as the database has it. A welding channel's prefix is the same in both forms.
     Text Stored(const KeyForm& form, const Text& sKey) const {
-        if (!IsCustomer() || form.pClass->bWelding) return sKey;
-        return SwapKeyPrefix(sKey, form.sPrefix, form.pClass->sPrefix);
+        return IsCustomer() ? SwapKeyPrefix(sKey, form.sPrefix, form.pClass->sPrefix) : sKey;
     }
 
   private:

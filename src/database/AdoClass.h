@@ -21,7 +21,8 @@ class DataControl {
 class AdoClass {
   public:
     // Opens the control's recordset on the rows that `sSql` gives, so that the current one can be
-    // changed, and returns it. On any failure the result is nullptr and the connection is closed.
+    // changed, and returns it. On any failure the result is nullptr, and a connection that the
+    // recordset was given already is closed.
     Recordset* OpenDataSource(TextView sDatabasePath, DataControl& dataControl, TextView sSql);
 
     // Closes the connection, and the recordset with it; nothing happens without an open one.

@@ -72,7 +72,8 @@ class Recordset {
     // open query stands on its first row.
     virtual bool Bof() const = 0;
     virtual bool Eof() const = 0;
-    // Raise NoCurrentRecord without rows, or behind the last one.
+    // Raise NoCurrentRecord without rows, or behind the last one. A row that is being added or
+    // changed is dropped.
     virtual void MoveFirst() = 0;
     virtual void MoveNext() = 0;
 
@@ -86,6 +87,7 @@ class Recordset {
     virtual void SetField(TextView sName, const FieldValue& value) = 0;
     // Commits the row and makes it the current one, with the values that the database gave it;
     // of a changed row, that very row is written. Raises EngineFailure; the row is then dropped.
+    // Does nothing where no row is being added or changed.
     virtual void Update() = 0;
 };
 

@@ -166,11 +166,11 @@ bool StoreLongText(TextView sText, TextView sModule, TextView sKey) {
         const OpenRecordset items(LookUpStatement(sModule, sKey), g_Connection.get(),
                                   CursorKind::Static, LockKind::ReadOnly);
         outcome = items->Bof() && items->Eof() ? StoreNewText(sText, sModule, sKey)
-                                               : StoreKnownText(*items.operator->(), sText);
+                                               : StoreKnownText(*items, sText);
         items->Close();
         bLookedUp = true;
     } catch (const RuntimeError&) {
-        outcome = StoreOutcome::Failed;
+        // The outcome is as far as it came; the result is false.
     }
     if (g_observer != nullptr) g_observer->TextStored(sModule, sKey, sText, outcome);
     return bLookedUp;

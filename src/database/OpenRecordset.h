@@ -18,6 +18,7 @@ class OpenRecordset {
     OpenRecordset& operator=(const OpenRecordset&) = delete;
 
     Recordset* operator->() const { return m_recordset.get(); }
+    Recordset& operator*() const { return *m_recordset; }
 
   private:
     std::unique_ptr<Recordset> m_recordset;

@@ -148,6 +148,14 @@ TEST_F(TextExportTest, RowsThatAreLeftOutTakeAStepToo) {
     EXPECT_EQ(StepsOf([&] { Inputs(); }), 2 + 3);
 }
 
+TEST_F(TextExportTest, TheStepOfARowComesBehindItsReading) {
+    Store("IO", "IN_1", "a");
+    Store("IO", "IN_2", "b");
+    ForwardingEngine engine;
+    engine.FailAt(u"field KeyString", 2);
+    EXPECT_EQ(StepsOf([&] { Inputs(); }), 1);
+}
+
 // ---- Failures ----
 
 TEST_F(TextExportTest, WithoutADatabaseTheResultIsEmpty) {

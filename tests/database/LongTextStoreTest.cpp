@@ -309,6 +309,16 @@ TEST_F(LongTextStoreTest, StoreLongTextOfAnItemWithoutMessageChangesNothingAndIs
     EXPECT_EQ(db.Query(kAllMessages), Rows{});
 }
 
+TEST_F(LongTextStoreTest, StoreLongTextPassesOverAnItemWithoutAKeyId) {
+    db.Execute(
+        "DROP TABLE Items; CREATE TABLE Items(Key_id INTEGER, Module TEXT, KeyString TEXT);"
+        "INSERT INTO Items VALUES(NULL,'IO','IN_1'),(2,'IO','IN_1');"
+        "CREATE UNIQUE INDEX KeyIds ON Items(Key_id);"
+        "INSERT INTO Messages VALUES(2,99,'old')");
+    EXPECT_TRUE(StoreLongText(u"new", u"IO", u"IN_1"));
+    EXPECT_EQ(db.Query(kAllMessages), (Rows{{"2", "99", "new"}}));
+}
+
 TEST_F(LongTextStoreTest, TheSameKeyUnderTwoModulesIsTwoKeys) {
     StoreLongText(u"a", u"IO", u"X1");
     StoreLongText(u"b", u"Flag", u"X1");

@@ -68,7 +68,7 @@ class Database {
 
     // Raises EngineFailure if the file is no database, or somebody else keeps it to himself.
     void CheckReadable();
-    // Whether the latest statement ended because somebody else holds the file.
+    // Whether somebody else holds the file, as far as the statements up to now could see.
     bool WasBusy() const { return !m_bPatient; }
 
     // The text as a statement; raises EngineFailure if it is none, or more than one.

@@ -132,9 +132,7 @@ StatementPtr PrepareWithRowId(Database& database, std::string_view sSql) {
     std::string sHidden = "SELECT rowid AS nomira_rowid, ";
     sHidden += sSql.substr(kSelect.size());
     try {
-        StatementPtr statement = database.Prepare(sHidden);
-        const bool bOfTable = sqlite3_column_table_name(statement.get(), 0) != nullptr;
-        return bOfTable ? std::move(statement) : nullptr;
+        return database.Prepare(sHidden);
     } catch (const RuntimeError&) {
         return nullptr;
     }

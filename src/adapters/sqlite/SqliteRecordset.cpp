@@ -125,23 +125,25 @@ void SqliteRecordset::SetField(TextView sName, const FieldValue& value) {
 void SqliteRecordset::Update() {
     TheDatabase();
     const Edit edit = m_edit;
-    const std::vector<Assignment> assignments = PendingAssignments();
+    const std::vector<PendingField> pending = m_pending;
     DropEdit();
-    if (edit == Edit::Adding) WriteNewRow(assignments);
-    if (edit == Edit::Changing) WriteCurrentRow(assignments);
+    if (edit == Edit::Adding) WriteNewRow(pending);
+    if (edit == Edit::Changing) WriteCurrentRow(pending);
 }
 
-void SqliteRecordset::WriteNewRow(const std::vector<Assignment>& assignments) {
-    const std::int64_t nRowId = InsertRow(TheDatabase(), m_result.sTable, assignments);
+void SqliteRecordset::WriteNewRow(const std::vector<PendingField>& pending) {
+    const std::int64_t nRowId = InsertRow(TheDatabase(), m_result.sTable, Assignments(pending));
+    // Its values are read when asked for, as the database has them.
     m_addedRow = ResultRow{nRowId, {}};
-    // Rows that are still unread will have the new one among them.
-    if (m_sUnreadTable.empty()) m_result.rows.push_back(*m_addedRow);
+    m_result.rows.push_back(*m_addedRow);
 }
 
-void SqliteRecordset::WriteCurrentRow(const std::vector<Assignment>& assignments) {
+void SqliteRecordset::WriteCurrentRow(const std::vector<PendingField>& pending) {
     ResultRow& row = CurrentRow();
-    UpdateRow(TheDatabase(), m_result.sTable, row.nRowId, assignments);
-    row.values.clear();  // read again when asked for, as the database has them now
+    UpdateRow(TheDatabase(), m_result.sTable, row.nRowId, Assignments(pending));
+    if (row.values.empty()) return;
+    for (const PendingField& field : pending)
+        row.values[field.nColumn] = field.value;
 }
 
 Database& SqliteRecordset::TheDatabase() const {
@@ -185,10 +187,11 @@ void SqliteRecordset::DropEdit() {
     m_pending.clear();
 }
 
-std::vector<Assignment> SqliteRecordset::PendingAssignments() const {
+std::vector<Assignment> SqliteRecordset::Assignments(
+    const std::vector<PendingField>& pending) const {
     std::vector<Assignment> assignments;
-    for (const PendingField& pending : m_pending)
-        assignments.push_back({m_result.columns[pending.nColumn].sOrigin, pending.value});
+    for (const PendingField& field : pending)
+        assignments.push_back({m_result.columns[field.nColumn].sOrigin, field.value});
     return assignments;
 }
 

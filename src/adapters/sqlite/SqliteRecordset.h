@@ -36,6 +36,11 @@ class SqliteRecordset : public Recordset {
 
   private:
     enum class Edit { None, Adding, Changing };
+    // A field that has been set and waits for Update.
+    struct PendingField {
+        std::size_t nColumn;
+        FieldValue value;
+    };
 
     void OpenTable(Database& database, TextView sTable, bool bWritable);
     void OpenQuery(Database& database, TextView sSql, bool bWritable);
@@ -48,14 +53,9 @@ class SqliteRecordset : public Recordset {
     std::size_t ColumnIndex(TextView sName) const;
     const FieldValue* PendingValue(std::size_t nColumn) const;
     void DropEdit();
-    std::vector<Assignment> PendingAssignments() const;
-    void WriteNewRow(const std::vector<Assignment>& assignments);
-    void WriteCurrentRow(const std::vector<Assignment>& assignments);
-
-    struct PendingField {
-        std::size_t nColumn;
-        FieldValue value;
-    };
+    std::vector<Assignment> Assignments(const std::vector<PendingField>& pending) const;
+    void WriteNewRow(const std::vector<PendingField>& pending);
+    void WriteCurrentRow(const std::vector<PendingField>& pending);
 
     bool m_bOpen = false;
     std::weak_ptr<Session> m_session;

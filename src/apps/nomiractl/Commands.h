@@ -23,5 +23,10 @@ ExitCode ShowDatabase(const Options& options, Streams streams);
 ExitCode ImportTextFile(const Options& options, Streams streams);
 // The database into a text file, or to the output stream.
 ExitCode ExportTextFile(const Options& options, Streams streams);
+// The database's names into the fold headers of programs, each file by itself: one that can't be
+// worked is reported and left as it is, and the others go on.
+ExitCode RewritePrograms(const Options& options, Streams streams);
+// A customer's file of signal assignments into the database: everything, or nothing.
+ExitCode HarvestAssignments(const Options& options, Streams streams);
 
 }  // namespace nomira::companion

@@ -7,7 +7,6 @@
 #include "adapters/posix/NativeName.h"
 #include "adapters/posix/PosixMachine.h"
 #include "adapters/sqlite/SqliteEngine.h"
-#include "apps/nomiractl/CollectingDesktop.h"
 #include "apps/nomiractl/CustomerRegistry.h"
 #include "apps/nomiractl/HeldNotice.h"
 #include "database/adoModul.h"
@@ -81,6 +80,10 @@ const fs::path& Machine::Database() const {
 
 DatabaseEngine& Machine::Engine() {
     return m_parts->engine;
+}
+
+CollectingDesktop& Machine::Boxes() {
+    return m_parts->desktop;
 }
 
 void Machine::PrintWarnings(std::ostream& err) const {

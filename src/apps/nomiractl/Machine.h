@@ -7,6 +7,7 @@
 #include <memory>
 #include <ostream>
 
+#include "apps/nomiractl/CollectingDesktop.h"
 #include "apps/nomiractl/Options.h"
 #include "database/DatabaseEngine.h"
 
@@ -23,6 +24,9 @@ class Machine {
     const std::filesystem::path& Database() const;
     // Finds it under the core's path.
     DatabaseEngine& Engine();
+
+    // The desktop on which the core's message boxes end.
+    CollectingDesktop& Boxes();
 
     // What the settings' files have that can't be understood.
     void PrintWarnings(std::ostream& err) const;

@@ -23,7 +23,8 @@ constexpr const char* kDescription =
 constexpr const char* kFooter =
     "Exit status:\n"
     "  0  done\n"
-    "  1  something was refused or failed; nothing was changed\n"
+    "  1  something was refused or failed, and nothing was changed (rewrite: the programs named\n"
+    "     were left as they are, the others are done; with --check: something would change)\n"
     "  2  wrong usage\n"
     "\n"
     "Paths on the command line are this system's own. Without --prefix, the prefix is\n"
@@ -42,6 +43,8 @@ class Arguments {
         AddDatabaseCommands();
         AddImport();
         AddExport();
+        AddRewrite();
+        AddHarvest();
     }
 
     void Parse(std::vector<std::string> args) {
@@ -110,6 +113,34 @@ class Arguments {
             Add(m_app, "export", "Write all texts of the database to a text file", ExportTextFile);
         command->add_option("FILE", m_options.file, "The file to write; - for the standard output")
             ->required();
+    }
+
+    void AddRewrite() {
+        CLI::App* command =
+            Add(m_app, "rewrite", "Bring the database's names into the fold headers of programs",
+                RewritePrograms);
+        command
+            ->add_option("PATH", m_options.programs,
+                         "Programs, or directories of which all *.src files are taken")
+            ->required();
+        command->add_flag("--dry-run", m_options.bDryRun, "Report, but change nothing");
+        command->add_flag("--diff", m_options.bDiff, "Show the changes as a unified diff");
+        command->add_flag("--check", m_options.bCheck,
+                          "Change nothing; exit status 1 if something would change");
+    }
+
+    void AddHarvest() {
+        CLI::App* command =
+            Add(m_app, "harvest",
+                "Bring a customer's file of signal assignments into the database: everything, or"
+                " nothing",
+                HarvestAssignments);
+        command->add_option("FILE", m_options.file, "The file of assignments")->required();
+        command->add_flag("--overwrite", m_options.bOverwrite,
+                          "First remove all signals from the database");
+        command->add_flag("--with-symbols", m_options.bWithSymbols,
+                          "Keep comments of the form \"symbol ; text\" whole");
+        command->add_flag("--dry-run", m_options.bDryRun, "Report, but change nothing");
     }
 
     CLI::App m_app;

@@ -31,7 +31,7 @@ struct ProgramReport {
 };
 
 bool IsProgram(const fs::directory_entry& entry) {
-    const Text sExtension = FromUtf8Bytes(entry.path().extension().string());
+    const Text sExtension = FromAscii(entry.path().extension().string());
     return !entry.is_directory() && EqualNoCase(sExtension, u".src");
 }
 
@@ -153,7 +153,8 @@ ExitCode RewritePrograms(const Options& options, Streams streams) {
     Machine machine(options);
     machine.PrintWarnings(streams.err);
     // A database that can't be read would look like one without names.
-    DatabaseWork(machine.Database(), machine.Engine(), DatabaseUse::Read).ReadItems();
+    DatabaseWork database(machine.Database(), machine.Engine(), DatabaseUse::Read);
+    database.ReadItems();
     std::vector<ProgramReport> reports;
     for (const fs::path& path : NamedPrograms(options)) {
         reports.push_back(RewriteOne(path, options, machine, streams.out));

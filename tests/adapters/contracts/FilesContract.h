@@ -12,11 +12,11 @@
 #include <string_view>
 #include <vector>
 
-#include "adapters/contracts/Raising.h"
 #include "langtools/BasicText.h"
 #include "langtools/CodePage.h"
 #include "langtools/RuntimeError.h"
 #include "platform/Files.h"
+#include "testing/Raised.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::testing {
@@ -37,10 +37,10 @@ class FilesContract : public ::testing::Test {
     }
 
     std::optional<ErrorNumber> OpenForInputRaises(TextView sPath) {
-        return NumberRaisedBy([&] { Port().OpenForInput(sPath); });
+        return Raised([&] { Port().OpenForInput(sPath); });
     }
     std::optional<ErrorNumber> OpenForOutputRaises(TextView sPath) {
-        return NumberRaisedBy([&] { Port().OpenForOutput(sPath); });
+        return Raised([&] { Port().OpenForOutput(sPath); });
     }
 
     Rig m_rig;
@@ -92,7 +92,7 @@ TYPED_TEST_P(FilesContract, ReadingBehindTheEndRaises) {
     Text sLine;
     file->ReadLine(sLine);
     EXPECT_TRUE(file->AtEnd());
-    EXPECT_EQ(NumberRaisedBy([&] { file->ReadLine(sLine); }), ErrorNumber::InputPastEnd);
+    EXPECT_EQ(Raised([&] { file->ReadLine(sLine); }), ErrorNumber::InputPastEnd);
 }
 
 TYPED_TEST_P(FilesContract, EveryByteBecomesItsCharacterOfThePage) {
@@ -143,7 +143,7 @@ TYPED_TEST_P(FilesContract, AClosedFileTakesNoMoreLines) {
     file->PrintLine(u"a");
     file->Close();
     file->Close();
-    EXPECT_EQ(NumberRaisedBy([&] { file->PrintLine(u"b"); }), ErrorNumber::BadFileName);
+    EXPECT_EQ(Raised([&] { file->PrintLine(u"b"); }), ErrorNumber::BadFileName);
     EXPECT_EQ(this->m_rig.Bytes(u"C:\\closed.txt"), "a\r\n");
 }
 
@@ -286,10 +286,9 @@ TYPED_TEST_P(FilesContract, AttributesOfNothingRaise) {
         {u"C:\\d\\*", ErrorNumber::BadFileName},
     };
     for (const NumberRow& row : rows) {
-        EXPECT_EQ(NumberRaisedBy([&] { this->Port().GetAttr(row.sPath); }), row.number)
+        EXPECT_EQ(Raised([&] { this->Port().GetAttr(row.sPath); }), row.number)
             << Printable(row.sPath);
-        EXPECT_EQ(NumberRaisedBy([&] { this->Port().SetAttr(row.sPath, AttributeArchive); }),
-                  row.number)
+        EXPECT_EQ(Raised([&] { this->Port().SetAttr(row.sPath, AttributeArchive); }), row.number)
             << Printable(row.sPath);
     }
 }
@@ -306,7 +305,7 @@ TYPED_TEST_P(FilesContract, SettingTheArchiveBitAloneTakesReadOnlyAway) {
 TYPED_TEST_P(FilesContract, OnlySomeAttributesCanBeSet) {
     this->m_rig.Put(u"C:\\a.txt", "");
     for (const int nAttributes : {16, 8, 64, 256, 1 | 16}) {
-        EXPECT_EQ(NumberRaisedBy([&] {
+        EXPECT_EQ(Raised([&] {
                       this->Port().SetAttr(u"C:\\a.txt", static_cast<std::uint16_t>(nAttributes));
                   }),
                   ErrorNumber::InvalidProcedureCall)
@@ -332,7 +331,7 @@ TYPED_TEST_P(FilesContract, DirectoriesAreMadeOneLevelAtATime) {
         {u"C:\\a*", ErrorNumber::BadFileName},
     };
     for (const NumberRow& row : rows)
-        EXPECT_EQ(NumberRaisedBy([&] { this->Port().MkDir(row.sPath); }), row.number)
+        EXPECT_EQ(Raised([&] { this->Port().MkDir(row.sPath); }), row.number)
             << Printable(row.sPath);
 }
 
@@ -351,7 +350,7 @@ TYPED_TEST_P(FilesContract, OnlyEmptyDirectoriesAreRemoved) {
         {u"C:\\EMPTY", std::nullopt},
     };
     for (const NumberRow& row : rows)
-        EXPECT_EQ(NumberRaisedBy([&] { this->Port().RmDir(row.sPath); }), row.number)
+        EXPECT_EQ(Raised([&] { this->Port().RmDir(row.sPath); }), row.number)
             << Printable(row.sPath);
     EXPECT_EQ(this->Port().Dir(u"C:\\*", AttributeDirectory), Names{u"full"});
     EXPECT_EQ(this->Port().Drives(), Names{u"C:"});
@@ -380,7 +379,7 @@ TYPED_TEST_P(FilesContract, KillOfNothingRaises) {
         {u"", ErrorNumber::BadFileName},
     };
     for (const NumberRow& row : rows)
-        EXPECT_EQ(NumberRaisedBy([&] { this->Port().Kill(row.sPath); }), row.number)
+        EXPECT_EQ(Raised([&] { this->Port().Kill(row.sPath); }), row.number)
             << Printable(row.sPath);
     EXPECT_EQ(this->Port().Dir(u"C:\\d\\*"), Names{u"a.txt"});
 }
@@ -388,8 +387,7 @@ TYPED_TEST_P(FilesContract, KillOfNothingRaises) {
 TYPED_TEST_P(FilesContract, KillLeavesAReadOnlyFile) {
     this->m_rig.Put(u"C:\\a.txt", "");
     this->Port().SetAttr(u"C:\\a.txt", AttributeReadOnly);
-    EXPECT_EQ(NumberRaisedBy([&] { this->Port().Kill(u"C:\\a.txt"); }),
-              ErrorNumber::PathFileAccess);
+    EXPECT_EQ(Raised([&] { this->Port().Kill(u"C:\\a.txt"); }), ErrorNumber::PathFileAccess);
     EXPECT_EQ(this->Port().Dir(u"C:\\*"), Names{u"a.txt"});
 }
 
@@ -433,7 +431,7 @@ TYPED_TEST_P(FilesContract, NameNeedsAFileAndAFreeName) {
         {u"C:\\a.txt", u"", ErrorNumber::BadFileName},
     };
     for (const auto& row : rows)
-        EXPECT_EQ(NumberRaisedBy([&] { this->Port().Name(row.sOld, row.sNew); }), row.number)
+        EXPECT_EQ(Raised([&] { this->Port().Name(row.sOld, row.sNew); }), row.number)
             << Printable(row.sOld) << " to " << Printable(row.sNew);
     EXPECT_EQ(this->m_rig.Bytes(u"C:\\a.txt"), "a");
     EXPECT_EQ(this->m_rig.Bytes(u"C:\\B.txt"), "b");

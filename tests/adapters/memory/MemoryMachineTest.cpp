@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "adapters/contracts/Raising.h"
+#include "testing/Raised.h"
 #include "langtools/CodePage.h"
 #include "langtools/ProgramState.h"
 #include "platform/Platform.h"
@@ -12,7 +12,7 @@
 namespace nomira::memory {
 namespace {
 
-using nomira::testing::NumberRaisedBy;
+using nomira::testing::Raised;
 
 int g_nResets = 0;
 const OnProgramReset g_reset{[] { ++g_nResets; }};
@@ -65,12 +65,12 @@ TEST(MemoryFilesTest, OpeningFailsAsTold) {
     MemoryFiles files;
     files.Put(u"C:\\a.txt", "a");
     files.FailOpen(u"c:\\A.txt", ErrorNumber::PermissionDenied);
-    EXPECT_EQ(NumberRaisedBy([&] { files.OpenForInput(u"C:\\a.txt"); }),
+    EXPECT_EQ(Raised([&] { files.OpenForInput(u"C:\\a.txt"); }),
               ErrorNumber::PermissionDenied);
-    EXPECT_EQ(NumberRaisedBy([&] { files.OpenForOutput(u"C:\\a.txt"); }),
+    EXPECT_EQ(Raised([&] { files.OpenForOutput(u"C:\\a.txt"); }),
               ErrorNumber::PermissionDenied);
     files.ClearFailures();
-    EXPECT_EQ(NumberRaisedBy([&] { files.OpenForInput(u"C:\\a.txt"); }), std::nullopt);
+    EXPECT_EQ(Raised([&] { files.OpenForInput(u"C:\\a.txt"); }), std::nullopt);
 }
 
 TEST(MemoryFilesTest, WritingFailsWhenTheRoomIsUsedUp) {
@@ -79,7 +79,7 @@ TEST(MemoryFilesTest, WritingFailsWhenTheRoomIsUsedUp) {
     const auto file = files.OpenForOutput(u"C:\\a.txt");
     file->PrintLine(u"a");
     file->PrintLine(u"b");
-    EXPECT_EQ(NumberRaisedBy([&] { file->PrintLine(u"c"); }), ErrorNumber::DiskFull);
+    EXPECT_EQ(Raised([&] { file->PrintLine(u"c"); }), ErrorNumber::DiskFull);
     EXPECT_EQ(files.Bytes(u"C:\\a.txt"), "a\r\nb\r\n");
 }
 
@@ -89,12 +89,12 @@ TEST(MemoryFilesTest, ChangingFailsAsTold) {
     for (const TextView sPath : {u"C:\\a.txt", u"C:\\dir"})
         files.FailChange(sPath, ErrorNumber::PermissionDenied);
     const auto denied = ErrorNumber::PermissionDenied;
-    EXPECT_EQ(NumberRaisedBy([&] { files.Kill(u"C:\\*.txt"); }), denied);
-    EXPECT_EQ(NumberRaisedBy([&] { files.SetAttr(u"C:\\a.txt", AttributeArchive); }), denied);
-    EXPECT_EQ(NumberRaisedBy([&] { files.Name(u"C:\\a.txt", u"C:\\b.txt"); }), denied);
-    EXPECT_EQ(NumberRaisedBy([&] { files.Name(u"C:\\b.txt", u"C:\\a.txt"); }), denied);
-    EXPECT_EQ(NumberRaisedBy([&] { files.MkDir(u"C:\\dir"); }), denied);
-    EXPECT_EQ(NumberRaisedBy([&] { files.RmDir(u"C:\\dir"); }), denied);
+    EXPECT_EQ(Raised([&] { files.Kill(u"C:\\*.txt"); }), denied);
+    EXPECT_EQ(Raised([&] { files.SetAttr(u"C:\\a.txt", AttributeArchive); }), denied);
+    EXPECT_EQ(Raised([&] { files.Name(u"C:\\a.txt", u"C:\\b.txt"); }), denied);
+    EXPECT_EQ(Raised([&] { files.Name(u"C:\\b.txt", u"C:\\a.txt"); }), denied);
+    EXPECT_EQ(Raised([&] { files.MkDir(u"C:\\dir"); }), denied);
+    EXPECT_EQ(Raised([&] { files.RmDir(u"C:\\dir"); }), denied);
     EXPECT_TRUE(files.Exists(u"C:\\a.txt"));
 }
 
@@ -146,7 +146,7 @@ TEST(MemoryRegistryTest, WhatIsRemovedIsGone) {
 TEST(MemoryLocaleTest, TheLanguageCanFail) {
     MemoryLocale locale;
     locale.bLangIdFails = true;
-    EXPECT_EQ(NumberRaisedBy([&] { locale.UserDefaultLangId(); }), ErrorNumber::DeviceUnavailable);
+    EXPECT_EQ(Raised([&] { locale.UserDefaultLangId(); }), ErrorNumber::DeviceUnavailable);
 }
 
 TEST(MemoryProcessesTest, AddedProcessesHaveDifferentIds) {

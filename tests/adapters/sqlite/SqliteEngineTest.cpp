@@ -64,6 +64,15 @@ class SqliteEngineTest : public ::testing::Test {
             sNames += sName + ' ';
         return sNames;
     }
+    // Of this process, on files of the store's folder.
+    int HandlesOnFolder() const {
+        int nHandles = 0;
+        for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
+            std::error_code gone;
+            nHandles += fs::read_symlink(entry, gone).parent_path() == db.Folder() ? 1 : 0;
+        }
+        return nHandles;
+    }
     // As the file's header has it: 1 for the rollback journal, 2 for write-ahead.
     int JournalVersion() const {
         std::ifstream in(db.Path(), std::ios::binary);
@@ -162,6 +171,16 @@ TEST_F(SqliteEngineTest, TheFirstWriteGoesToWriteAheadAndCloseMakesTheFileWholeA
     EXPECT_EQ(JournalVersion(), 1);
     EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
     EXPECT_EQ(Read(u"IN_1"), u"a");
+}
+
+TEST_F(SqliteEngineTest, ATransactionThatCloseTakesBackLeavesTheFileWhole) {
+    ASSERT_TRUE(OpenDatabase(kLongTextDatabase));
+    g_Connection->BeginTrans();
+    ASSERT_TRUE(Store(u"IN_1", u"a"));
+    CloseDatabase();
+    EXPECT_EQ(JournalVersion(), 1);
+    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_EQ(Read(u"IN_1"), u"<none>");
 }
 
 TEST_F(SqliteEngineTest, ReadingAloneNeverChangesTheFile) {
@@ -336,7 +355,7 @@ TEST_F(SqliteEngineTest, AnotherHandlesChangeOfTheTablesIsSeen) {
     EXPECT_EQ(Read(u"IN_1"), u"<none>");
 }
 
-TEST_F(SqliteEngineTest, MoreFilesThanHandlesAreKeptForAllWork) {
+TEST_F(SqliteEngineTest, OnlyAFewHandlesAreKeptAndMoreFilesWorkAllTheSame) {
     for (int nRound = 0; nRound < 2; ++nRound) {
         for (int nFile = 0; nFile < 8; ++nFile) {
             const std::string sName = "file" + std::to_string(nFile);
@@ -346,6 +365,8 @@ TEST_F(SqliteEngineTest, MoreFilesThanHandlesAreKeptForAllWork) {
             CloseDatabase();
         }
     }
+    EXPECT_LE(HandlesOnFolder(), 4);
+    EXPECT_GE(HandlesOnFolder(), 1);
 }
 
 TEST_F(SqliteEngineTest, AConnectionMayOutliveTheEngine) {
