@@ -24,6 +24,10 @@ NAMES = (
 )
 # Signs that are wildcards where an old name serves as a pattern.
 WILDCARDS = (" ?", " *", " #")
+# Names in a wait with several conditions are no longer than the eight characters from one
+# condition's name to the next one's keyword: a longer name that shrinks hides the next condition
+# from the first pass, and the programs would need a second one.
+SHORT_NAMES = ("Tor", "Ventil 3", "Düse", "Spanner", "gripper", "belt 2", "Ofen 1", "Lüfter")
 
 NOTES = ("; Änderung nach Übergabe, größerer Weg", "; taken over from the old cell",
          "; 'Greifer' OUT 7 State: nur ein Kommentar", "; µ = 0,2 mm", "  ; wait for gripper", "")
@@ -133,11 +137,15 @@ class Programmer:
     def condition(self):
         word = self.dice.weighted(WAIT_CLASSES, WAIT_SHARES)
         negated = "NOT " if self.dice.chance(0.2) else ""
-        end = ")" if self.dice.chance(0.04) else " )"
-        return f"( {negated}{word}{self.quoted(self.number())}{end}"
+        name = "" if self.dice.chance(0.04) else self.dice.of(SHORT_NAMES)
+        return f"( {negated}{word} {self.number()} '{name}' )"
 
     def wait(self):
         conditions = [self.condition() for _ in range(self.dice.among(1, 4))]
+        # A cyclic flag behind a flag is taken for a flag, in every pass anew.
+        conditions.sort(key=lambda condition: "CYCFLAG" not in condition)
+        if self.dice.chance(0.1):
+            conditions[-1] = conditions[-1].replace("' )", "')")
         glue = self.dice.of((" AND ", " OR "))
         yield f";FOLD WAIT FOR {glue.join(conditions)} ;%{{PE}}%P 2:{len(conditions)}"
         yield "WAIT FOR (READY)"

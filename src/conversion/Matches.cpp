@@ -59,7 +59,7 @@ bool MatchesElement(char16_t c, TextView sPattern, std::size_t& n) {
 }
 
 bool IsEmptySet(TextView sPattern, std::size_t n) {
-    return sPattern.substr(n, 2) == u"[]";
+    return n + 1 < sPattern.size() && sPattern[n] == u'[' && sPattern[n + 1] == u']';
 }
 
 }  // namespace

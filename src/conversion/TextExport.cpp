@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <numeric>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -35,14 +36,27 @@ constexpr TextView kLineEnd = u"\r\n";
 // is the order of their numbers, and no number is ever parsed.
 class SortBuffer {
   public:
-    void Add(Text sRow) { m_rows.push_back(std::move(sRow)); }
-    void Clear() { m_rows.clear(); }
-    void Sort() { std::stable_sort(m_rows.begin(), m_rows.end()); }
+    void Add(Text sRow) {
+        m_nLength += sRow.size() + kLineEnd.size();
+        m_rows.push_back(std::move(sRow));
+    }
+    void Clear() {
+        m_rows.clear();
+        m_nLength = 0;
+    }
+    // The database often gives them in this order already.
+    void Sort() {
+        if (!std::is_sorted(m_rows.begin(), m_rows.end()))
+            std::stable_sort(m_rows.begin(), m_rows.end());
+    }
     std::size_t Count() const { return m_rows.size(); }
     const Text& Row(std::size_t nIndex) const { return m_rows[nIndex]; }
+    // Of all rows with their line ends.
+    std::size_t Length() const { return m_nLength; }
 
   private:
     std::vector<Text> m_rows;
+    std::size_t m_nLength = 0;
 };
 
 // For keys of one, two, three and four digits. They outlive a read: one that fails leaves its rows
@@ -71,8 +85,14 @@ const OnProgramReset g_reset{[] {
 // ---- The read of one class ----
 
 // Empty for a Null.
-Text FieldText(const FieldValue& value) {
-    return IsNull(value) ? Text() : ToText(value);
+Text FieldText(FieldValue value) {
+    return IsNull(value) ? Text() : ToText(std::move(value));
+}
+
+Text Joined(TextView sKey, TextView sText) {
+    Text sRow;
+    sRow.reserve(sKey.size() + 1 + sText.size());
+    return sRow.append(sKey).append(u" ").append(sText);
 }
 
 // Distributes the rows of one class over the buffers.
@@ -85,26 +105,28 @@ class RowSorter {
     }
 
     void Take(const OpenRecordset& read) const {
-        const FieldValue text = read->Field(u"String");
-        const FieldValue key = read->Field(u"KeyString");
-        const Text sKey = FieldText(key);
-        const Text sText = FieldText(text);
-        SortBuffer* buffer =
-            IsNull(text) || IsNull(key) || Matches(sText, kEmptyMarker) ? nullptr : BufferFor(sKey);
+        FieldValue text = read->Field(u"String");
+        FieldValue key = read->Field(u"KeyString");
+        const bool bNull = IsNull(text) || IsNull(key);
+        const Text sText = FieldText(std::move(text));
+        const Text sKey = FieldText(std::move(key));
+        SortBuffer* buffer = bNull || Matches(sText, kEmptyMarker) ? nullptr : BufferFor(sKey);
         if (!buffer) {
             ThePassObserver().RowLeftOut(sKey, sText);
             return;
         }
-        buffer->Add(sKey + u" " + sText);
+        buffer->Add(Joined(sKey, sText));
         ThePassObserver().RowExported(sKey, sText);
     }
 
   private:
     // nullptr for a key that is none of the class, or has more digits than the buffers are for.
+    // Each character of these patterns stands for one, so that at most one has the key's length.
     SortBuffer* BufferFor(TextView sKey) const {
         const auto found =
-            std::find_if(m_patterns.begin(), m_patterns.end(),
-                         [sKey](const Text& sPattern) { return Matches(sKey, sPattern); });
+            std::find_if(m_patterns.begin(), m_patterns.end(), [sKey](const Text& sPattern) {
+                return sKey.size() == sPattern.size() && Matches(sKey, sPattern);
+            });
         return found == m_patterns.end()
                    ? nullptr
                    : kBuffers[static_cast<std::size_t>(found - m_patterns.begin())];
@@ -126,6 +148,9 @@ void FillBuffers(const OpenRecordset& read, TextView sPrefix) {
 // step fails. The count is asked anew each time, for the progress call lets events through.
 void AppendRows(Text& sResult, TextView sPrefix, TextView sCustomerPrefix) {
     const bool bCustomer = IsCustomerVw();
+    sResult.reserve(std::accumulate(
+        kBuffers.begin(), kBuffers.end(), std::size_t{0},
+        [](std::size_t n, const SortBuffer* buffer) { return n + buffer->Length(); }));
     for (SortBuffer* buffer : kBuffers) {
         buffer->Sort();
         for (std::size_t n = 0; n < buffer->Count(); ++n) {
@@ -275,7 +300,7 @@ Text LineToStandard(TextView sLine) {
 }  // namespace
 
 void DbIntoText(TextView sFile) {
-    const Text sText = BuildLongTextDump();
+    const Text& sText = BuildLongTextDump();
     if (sText.empty()) return;
     MakeWritable(sFile);
     const std::unique_ptr<OutputFile> file = OpenTarget(sFile);
@@ -284,13 +309,13 @@ void DbIntoText(TextView sFile) {
     file->Close();
 }
 
-Text BuildLongTextDump() {
+const Text& BuildLongTextDump() {
     Text sDump;
     for (const SignalClass& signalClass : SignalClasses())
         sDump += ReadClassRows(signalClass.sModule, signalClass.sPrefix, signalClass.Size(),
                                signalClass.sCustomerPrefix);
-    g_sLastExport = sDump;
-    return sDump;
+    g_sLastExport = std::move(sDump);
+    return g_sLastExport;
 }
 
 Text ReadClassRows(TextView sModule, TextView sPrefix, std::int16_t /*nSize*/,

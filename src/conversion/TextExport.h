@@ -26,8 +26,9 @@ extern Text g_sLastExport;
 void DbIntoText(TextView sFile);
 
 // All classes in their order, the rows of each by number, "KEY text" CR LF; the customer's keys on
-// a customer installation. Empty if there are no rows. Sets g_sLastExport.
-Text BuildLongTextDump();
+// a customer installation. Empty if there are no rows. Sets g_sLastExport,
+// and gives that.
+const Text& BuildLongTextDump();
 
 // The rows of one class, by number; opens and closes the database itself. Rows with a Null, with
 // the empty marker, or whose key isn't the prefix and one to four digits are left out. `nSize` is

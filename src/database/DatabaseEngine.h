@@ -46,7 +46,7 @@ class Connection {
     // Raises ObjectClosed if it isn't open.
     virtual void Close() = 0;
 
-    // Used by the console companion alone: the specified passes commit row by row.
+    // Used by the console companion alone: the passes of the program commit row by row.
     virtual void BeginTrans() = 0;
     virtual void CommitTrans() = 0;
     virtual void RollbackTrans() = 0;

@@ -1,6 +1,7 @@
 #include "database/OpenRecordset.h"
 
 #include <limits>
+#include <utility>
 
 #include "langtools/BasicText.h"
 #include "langtools/RuntimeError.h"
@@ -30,11 +31,11 @@ std::int32_t ToKeyId(const FieldValue& value) {
     return static_cast<std::int32_t>(*nValue);
 }
 
-Text ToText(const FieldValue& value) {
+Text ToText(FieldValue value) {
     if (const auto* nValue = std::get_if<std::int64_t>(&value)) return DecimalText(*nValue);
-    const auto* sValue = std::get_if<Text>(&value);
+    auto* sValue = std::get_if<Text>(&value);
     if (sValue == nullptr) Raise(ErrorNumber::TypeMismatch);
-    return *sValue;
+    return std::move(*sValue);
 }
 
 }  // namespace nomira

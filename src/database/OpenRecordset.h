@@ -27,6 +27,6 @@ class OpenRecordset {
 // A column's value as the program's own types take it. Raise TypeMismatch for Null and for what
 // is no such value, ToKeyId also Overflow beyond 32 bits.
 std::int32_t ToKeyId(const FieldValue& value);
-Text ToText(const FieldValue& value);
+Text ToText(FieldValue value);
 
 }  // namespace nomira

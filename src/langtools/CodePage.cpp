@@ -1,5 +1,6 @@
 #include "langtools/CodePage.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace nomira {
@@ -56,17 +57,18 @@ bool SingleBytePage::Holds(char16_t c) const {
     return m_lowToByte[c] != 0 || c == m_table[0];
 }
 
+char SingleBytePage::EncodeRare(char16_t c) const {
+    if (c == m_table[0]) return '\0';
+    const auto found = m_toByte.find(c);
+    return found == m_toByte.end() ? '?' : static_cast<char>(found->second);
+}
+
 std::string SingleBytePage::Encode(TextView sText) const {
-    std::string bytes;
-    bytes.reserve(sText.size());
-    for (const char16_t c : sText) {
-        if (c >= m_lowToByte.size()) {
-            const auto found = m_toByte.find(c);
-            bytes += found == m_toByte.end() ? '?' : static_cast<char>(found->second);
-        } else {
-            bytes += Holds(c) ? static_cast<char>(m_lowToByte[c]) : '?';
-        }
-    }
+    std::string bytes(sText.size(), '\0');
+    std::transform(sText.begin(), sText.end(), bytes.begin(), [this](char16_t c) {
+        const unsigned char nByte = c < m_lowToByte.size() ? m_lowToByte[c] : 0;
+        return nByte != 0 ? static_cast<char>(nByte) : EncodeRare(c);
+    });
     return bytes;
 }
 

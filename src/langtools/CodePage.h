@@ -40,6 +40,9 @@ class SingleBytePage : public CodePage {
     bool Holds(char16_t c) const override;
 
   private:
+    // A character that isn't in m_lowToByte.
+    char EncodeRare(char16_t c) const;
+
     int m_nNumber;
     Table m_table;
     std::array<unsigned char, 256> m_lowToByte{};            // characters below U+0100

@@ -2,6 +2,7 @@
 
 #include <iconv.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <string>
@@ -60,7 +61,10 @@ class Converter {
     }
 
   private:
-    static iconv_t Failed() { return reinterpret_cast<iconv_t>(-1); }
+    // What iconv_open gives for a pair that it doesn't know.
+    static iconv_t Failed() {
+        return reinterpret_cast<iconv_t>(-1);  // NOLINT(performance-no-int-to-ptr)
+    }
 
     // One call; false if it stopped before the end, with errno telling why.
     bool Step(std::string_view& bytes, std::string& out) {

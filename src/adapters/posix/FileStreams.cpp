@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <string_view>
@@ -23,6 +24,17 @@ void WriteAll(const Descriptor& file, std::string_view bytes) {
             Raise(ErrorNumberOf(errno, FileOperation::ReadOrWrite));
         }
     }
+}
+
+// Takes as much off the text as is written at once. A pair of surrogates stays together, for it is
+// one character to a page that has it.
+TextView TakePiece(TextView& sText) {
+    std::size_t nLength = std::min(sText.size(), kStreamBuffer);
+    const bool bCutsPair = nLength < sText.size() && (sText[nLength - 1] & 0xFC00) == 0xD800;
+    if (bCutsPair) ++nLength;
+    const TextView sPiece = sText.substr(0, nLength);
+    sText.remove_prefix(nLength);
+    return sPiece;
 }
 
 }  // namespace
@@ -71,8 +83,13 @@ PosixOutputFile::~PosixOutputFile() {
 
 void PosixOutputFile::PrintLine(TextView sText) {
     if (!m_file.IsOpen()) Raise(ErrorNumber::BadFileName);
-    m_sHeld += SystemCodePage().Encode(sText);
-    m_sHeld += "\r\n";
+    while (!sText.empty())
+        Hold(SystemCodePage().Encode(TakePiece(sText)));
+    Hold("\r\n");
+}
+
+void PosixOutputFile::Hold(std::string_view bytes) {
+    m_sHeld += bytes;
     if (m_sHeld.size() >= kStreamBuffer) Flush();
 }
 

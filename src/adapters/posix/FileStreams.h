@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "adapters/posix/Descriptor.h"
@@ -42,6 +43,7 @@ class PosixOutputFile : public OutputFile {
     void Close() override;
 
   private:
+    void Hold(std::string_view bytes);
     void Flush();
 
     Descriptor m_file;

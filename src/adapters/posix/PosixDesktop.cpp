@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <cerrno>
 #include <fstream>
 #include <iterator>
 #include <utility>

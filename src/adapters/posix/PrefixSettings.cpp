@@ -1,5 +1,6 @@
 #include "adapters/posix/PrefixSettings.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include "adapters/posix/CodePages.h"

@@ -36,23 +36,6 @@ std::string Joined(const List& list, Write write) {
     return sJoined;
 }
 
-FieldValue ReadValue(sqlite3_stmt* statement, int nColumn) {
-    switch (sqlite3_column_type(statement, nColumn)) {
-        case SQLITE_NULL:
-            return {};
-        case SQLITE_INTEGER:
-            return std::int64_t{sqlite3_column_int64(statement, nColumn)};
-        case SQLITE_FLOAT:
-            return sqlite3_column_double(statement, nColumn);
-        default: {
-            const void* bytes = sqlite3_column_blob(statement, nColumn);
-            const auto nSize = static_cast<std::size_t>(sqlite3_column_bytes(statement, nColumn));
-            if (bytes == nullptr) return Text();
-            return FromUtf8({static_cast<const char*>(bytes), nSize});
-        }
-    }
-}
-
 void BindValue(sqlite3_stmt* statement, int nParameter, const FieldValue& value) {
     int nResult = SQLITE_OK;
     if (const auto* nValue = std::get_if<std::int64_t>(&value)) {
@@ -76,15 +59,6 @@ int BindValues(sqlite3_stmt* statement, const std::vector<Assignment>& assignmen
     return nParameter;
 }
 
-std::vector<FieldValue> ReadValues(sqlite3_stmt* statement, int nFirst) {
-    std::vector<FieldValue> values;
-    const int nCount = sqlite3_column_count(statement);
-    values.reserve(static_cast<std::size_t>(std::max(nCount - nFirst, 0)));
-    for (int nColumn = nFirst; nColumn < nCount; ++nColumn)
-        values.push_back(ReadValue(statement, nColumn));
-    return values;
-}
-
 // `nFirst` is 1 where the hidden row id stands in front of the columns, else 0.
 std::vector<ResultColumn> ReadColumns(sqlite3_stmt* statement, int nFirst) {
     std::vector<ResultColumn> columns;
@@ -95,13 +69,20 @@ std::vector<ResultColumn> ReadColumns(sqlite3_stmt* statement, int nFirst) {
     return columns;
 }
 
-std::vector<ResultRow> ReadRows(Database& database, sqlite3_stmt* statement, int nFirst) {
-    std::vector<ResultRow> rows;
+// The current row's columns from `nFirst` on; where they begin.
+std::size_t PackRow(sqlite3_stmt* statement, int nFirst, PackedValues& packed) {
+    const std::size_t nBegin = packed.Count();
+    const int nCount = sqlite3_column_count(statement);
+    for (int nColumn = nFirst; nColumn < nCount; ++nColumn)
+        packed.Append(statement, nColumn);
+    return nBegin;
+}
+
+void ReadRows(Database& database, sqlite3_stmt* statement, int nFirst, ResultSet& result) {
     while (database.Step(statement)) {
         const std::int64_t nRowId = nFirst == 1 ? sqlite3_column_int64(statement, 0) : 0;
-        rows.push_back({nRowId, ReadValues(statement, nFirst)});
+        result.rows.push_back({nRowId, PackRow(statement, nFirst, result.packed), {}});
     }
-    return rows;
 }
 
 bool StartsWithSelect(std::string_view sSql) {
@@ -175,7 +156,7 @@ std::optional<ResultSet> ReadQuery(Database& database, std::string_view sSql, bo
     ResultSet result;
     result.columns = ReadColumns(statement.get(), nFirst);
     if (nFirst == 1) result.sTable = OrEmpty(sqlite3_column_table_name(statement.get(), 0));
-    result.rows = ReadRows(database, statement.get(), nFirst);
+    ReadRows(database, statement.get(), nFirst, result);
     if (result.columns.empty()) return std::nullopt;
     return result;
 }
@@ -188,10 +169,17 @@ ResultSet DescribeTable(Database& database, std::string_view sTable, bool bWrita
     return result;
 }
 
-std::vector<ResultRow> ReadTable(Database& database, std::string_view sTable, bool bWritable) {
+void ReadTable(Database& database, std::string_view sTable, bool bWritable, ResultSet& result) {
     sqlite3_stmt* statement = database.PrepareOnce(SelectTable(sTable, bWritable));
     const StatementUse use(statement);
-    return ReadRows(database, statement, bWritable ? 1 : 0);
+    ReadRows(database, statement, bWritable ? 1 : 0, result);
+}
+
+std::vector<FieldValue> Unpack(const ResultSet& result, const ResultRow& row) {
+    std::vector<FieldValue> values;
+    for (std::size_t n = 0; n < result.columns.size(); ++n)
+        values.push_back(result.packed.Get(*row.nPacked + n));
+    return values;
 }
 
 std::int64_t InsertRow(Database& database, const std::string& sTable,
@@ -218,7 +206,8 @@ std::vector<FieldValue> ReadRow(Database& database, const ResultSet& result, std
     const StatementUse use(statement);
     sqlite3_bind_int64(statement, 1, nRowId);
     if (!database.Step(statement)) RaiseFailure("the row is gone");
-    return ReadValues(statement, 0);
+    ResultSet one{.columns = result.columns, .rows = {}, .packed = {}, .sTable = {}};
+    return Unpack(one, {nRowId, PackRow(statement, 0, one.packed), {}});
 }
 
 }  // namespace nomira::sqlite

@@ -2,12 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "adapters/sqlite/Database.h"
+#include "adapters/sqlite/PackedValues.h"
 #include "database/DatabaseEngine.h"
 
 namespace nomira::sqlite {
@@ -21,12 +23,16 @@ struct ResultColumn {
 
 struct ResultRow {
     std::int64_t nRowId = 0;  // only in a result that can be written
+    // Where the row's values begin in the packed ones; nullopt for a row that was just added.
+    std::optional<std::size_t> nPacked;
+    // The values of a row that was added or changed; they go before the packed ones.
     std::vector<FieldValue> values;
 };
 
 struct ResultSet {
     std::vector<ResultColumn> columns;
-    std::vector<ResultRow> rows;
+    std::deque<ResultRow> rows;
+    PackedValues packed;
     // The one table whose rows these are, and can be written; empty if there is no such table.
     std::string sTable;
 };
@@ -38,8 +44,11 @@ std::optional<ResultSet> ReadQuery(Database& database, std::string_view sSql, bo
 
 // A table's columns, its rows not read yet. Raises EngineFailure if there is no such table.
 ResultSet DescribeTable(Database& database, std::string_view sTable, bool bWritable);
-// A table's rows, in the database's order.
-std::vector<ResultRow> ReadTable(Database& database, std::string_view sTable, bool bWritable);
+// Reads a table's rows, in the database's order, into the result that describes it.
+void ReadTable(Database& database, std::string_view sTable, bool bWritable, ResultSet& result);
+
+// All values of a row that has them packed.
+std::vector<FieldValue> Unpack(const ResultSet& result, const ResultRow& row);
 
 // A column and the value it shall have.
 struct Assignment {

@@ -98,7 +98,9 @@ FieldValue SqliteRecordset::Field(TextView sName) {
     if (const FieldValue* pending = PendingValue(nColumn)) return *pending;
     if (m_edit == Edit::Adding) return {};
     ResultRow& row = CurrentRow();
-    if (row.values.empty()) row.values = ReadRow(database, m_result, row.nRowId);
+    if (!row.values.empty()) return row.values[nColumn];
+    if (row.nPacked) return m_result.packed.Get(*row.nPacked + nColumn);
+    row.values = ReadRow(database, m_result, row.nRowId);
     return row.values[nColumn];
 }
 
@@ -134,14 +136,15 @@ void SqliteRecordset::Update() {
 void SqliteRecordset::WriteNewRow(const std::vector<PendingField>& pending) {
     const std::int64_t nRowId = InsertRow(TheDatabase(), m_result.sTable, Assignments(pending));
     // Its values are read when asked for, as the database has them.
-    m_addedRow = ResultRow{nRowId, {}};
+    m_addedRow = ResultRow{nRowId, std::nullopt, {}};
     m_result.rows.push_back(*m_addedRow);
 }
 
 void SqliteRecordset::WriteCurrentRow(const std::vector<PendingField>& pending) {
     ResultRow& row = CurrentRow();
     UpdateRow(TheDatabase(), m_result.sTable, row.nRowId, Assignments(pending));
-    if (row.values.empty()) return;
+    if (row.values.empty() && !row.nPacked) return;
+    if (row.values.empty()) row.values = Unpack(m_result, row);
     for (const PendingField& field : pending)
         row.values[field.nColumn] = field.value;
 }
@@ -155,7 +158,7 @@ Database& SqliteRecordset::TheDatabase() const {
 void SqliteRecordset::ReadPendingRows() const {
     Database& database = TheDatabase();
     if (m_sUnreadTable.empty()) return;
-    m_result.rows = ReadTable(database, m_sUnreadTable, m_bWritable);
+    ReadTable(database, m_sUnreadTable, m_bWritable, m_result);
     m_sUnreadTable.clear();
 }
 

@@ -1,7 +1,9 @@
 #include "adapters/sqlite/Utf8.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 namespace nomira::sqlite {
 namespace {
@@ -83,24 +85,48 @@ std::size_t DecodeFront(std::string_view sBytes, char32_t& c) {
     return 0;
 }
 
+bool IsAscii(char32_t c) {
+    return c < 0x80;
+}
+
+// Takes what is ASCII, most often all there is, off the front of `from` and appends it.
+template <typename To, typename From>
+void TakeAscii(To& to, From& from) {
+    const auto end = std::find_if_not(from.begin(), from.end(), [](auto c) {
+        return IsAscii(static_cast<std::make_unsigned_t<decltype(c)>>(c));
+    });
+    const auto nLength = static_cast<std::size_t>(end - from.begin());
+    const std::size_t nOld = to.size();
+    to.reserve(nOld + from.size());
+    to.resize(nOld + nLength);
+    std::copy(from.begin(), end, to.begin() + static_cast<std::ptrdiff_t>(nOld));
+    from.remove_prefix(nLength);
+}
+
+// Takes the character at the front, which isn't empty, off the text.
+char32_t TakeCharacter(TextView& sText) {
+    char32_t c = sText[0];
+    std::size_t nLength = 1;
+    if (IsHighSurrogate(sText[0]) && sText.size() > 1 && IsLowSurrogate(sText[1])) {
+        c = kFirstSupplementary + ((c & 0x3FF) << 10) + (sText[1] & 0x3FF);
+        nLength = 2;
+    }
+    sText.remove_prefix(nLength);
+    return c;
+}
+
 }  // namespace
 
 std::string ToUtf8(TextView sText) {
     std::string sBytes;
-    sBytes.reserve(sText.size());
-    for (std::size_t n = 0; n < sText.size(); ++n) {
-        char32_t c = sText[n];
-        if (IsHighSurrogate(sText[n]) && n + 1 < sText.size() && IsLowSurrogate(sText[n + 1]))
-            c = kFirstSupplementary + ((c & 0x3FF) << 10) + (sText[++n] & 0x3FF);
-        AppendUtf8(sBytes, c);
-    }
+    for (TakeAscii(sBytes, sText); !sText.empty(); TakeAscii(sBytes, sText))
+        AppendUtf8(sBytes, TakeCharacter(sText));
     return sBytes;
 }
 
 Text FromUtf8(std::string_view sBytes) {
     Text sText;
-    sText.reserve(sBytes.size());
-    while (!sBytes.empty()) {
+    for (TakeAscii(sText, sBytes); !sBytes.empty(); TakeAscii(sText, sBytes)) {
         char32_t c = kReplacement;
         const std::size_t nLength = DecodeFront(sBytes, c);
         AppendUtf16(sText, nLength == 0 ? kReplacement : c);

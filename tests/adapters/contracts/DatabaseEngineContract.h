@@ -433,6 +433,16 @@ TEST_P(DatabaseEngineContract, AnAddedRowCanBeChanged) {
     EXPECT_EQ(Column(u"SELECT KeyString FROM Items", u"KeyString"), u"IN_2,");
 }
 
+TEST_P(DatabaseEngineContract, ARowIsAddedThroughAQueryToo) {
+    const auto rows = Opened(u"SELECT KeyString, Key_id, 1+1 AS Two FROM Items");
+    rows->AddNew();
+    rows->SetField(u"KeyString", Text(u"IN_1"));
+    rows->Update();
+    EXPECT_EQ(std::get<std::int64_t>(rows->Field(u"Key_Id")), 1);
+    EXPECT_TRUE(IsNull(rows->Field(u"Two")));
+    EXPECT_EQ(Column(u"SELECT KeyString FROM Items", u"KeyString"), u"IN_1,");
+}
+
 TEST_P(DatabaseEngineContract, AnEmptyTableCanBeAddedTo) {
     const auto table = Opened(u"Items");
     EXPECT_TRUE(table->Bof() && table->Eof());

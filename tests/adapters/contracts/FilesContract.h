@@ -356,6 +356,14 @@ TYPED_TEST_P(FilesContract, OnlyEmptyDirectoriesAreRemoved) {
     EXPECT_EQ(this->Port().Drives(), Names{u"C:"});
 }
 
+TYPED_TEST_P(FilesContract, AnEmptyDriveIsNotRemoved) {
+    for (const TextView sPath : {u"C:\\", u"C:", u"\\", u"C:\\.."}) {
+        EXPECT_EQ(Raised([&] { this->Port().RmDir(sPath); }), ErrorNumber::PathFileAccess)
+            << Printable(sPath);
+    }
+    EXPECT_EQ(this->Port().Drives(), Names{u"C:"});
+}
+
 TYPED_TEST_P(FilesContract, KillDeletesAllThatMatches) {
     for (const TextView sName : {u"a.src", u"B.SRC", u"c.txt"})
         this->m_rig.Put(Text(u"C:\\d\\").append(sName), "");
@@ -454,8 +462,9 @@ REGISTER_TYPED_TEST_SUITE_P(
     DirMatchesWildcardsWithoutRegardToCase, DirCountsDirectoriesOnlyIfAsked, DirOfNothingIsEmpty,
     AReadOnlyFileStillCountsInDir, AttributesTellFilesFromDirectories, AttributesOfNothingRaise,
     SettingTheArchiveBitAloneTakesReadOnlyAway, OnlySomeAttributesCanBeSet,
-    DirectoriesAreMadeOneLevelAtATime, OnlyEmptyDirectoriesAreRemoved, KillDeletesAllThatMatches,
-    KillOfNothingRaises, KillLeavesAReadOnlyFile, NameMovesAFile, NameMovesADirectoryWithAllInIt,
-    NameCanChangeTheCaseAlone, NameNeedsAFileAndAFreeName, DrivesAreListedByLetter);
+    DirectoriesAreMadeOneLevelAtATime, OnlyEmptyDirectoriesAreRemoved, AnEmptyDriveIsNotRemoved,
+    KillDeletesAllThatMatches, KillOfNothingRaises, KillLeavesAReadOnlyFile, NameMovesAFile,
+    NameMovesADirectoryWithAllInIt, NameCanChangeTheCaseAlone, NameNeedsAFileAndAFreeName,
+    DrivesAreListedByLetter);
 
 }  // namespace nomira::testing
