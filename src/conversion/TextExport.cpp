@@ -155,7 +155,10 @@ void AppendRows(Text& sResult, TextView sPrefix, TextView sCustomerPrefix) {
         buffer->Sort();
         for (std::size_t n = 0; n < buffer->Count(); ++n) {
             const Text& sRow = buffer->Row(n);
-            sResult += bCustomer ? SwapKeyPrefix(sRow, sPrefix, sCustomerPrefix) : sRow;
+            if (bCustomer)
+                sResult += SwapKeyPrefix(sRow, sPrefix, sCustomerPrefix);
+            else
+                sResult += sRow;
             sResult += kLineEnd;
             if (n % 2 == 0) AdvanceProgress();
         }

@@ -19,7 +19,7 @@ std::string ReadFile(const fs::path& path) {
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
-// "Suite.Name" of every test in tests/, golden runs as "Golden.folder".
+// "Suite.Name" of every test in tests/, golden runs as "golden.folder".
 std::set<std::string> AllTests() {
     const std::regex test(R"(TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\))");
     const std::regex typedTest(R"(TYPED_TEST(?:_P)?\(\s*(\w+),\s*(\w+)\))");
@@ -27,7 +27,7 @@ std::set<std::string> AllTests() {
     for (const auto& entry : fs::recursive_directory_iterator(kRoot / "tests")) {
         const fs::path& path = entry.path();
         if (entry.is_directory() && path.parent_path().filename() == "golden")
-            tests.insert("Golden." + path.filename().string());
+            tests.insert("golden." + path.filename().string());
         if (path.extension() != ".cpp" && path.extension() != ".h") continue;
         const std::string sSource = ReadFile(path);
         for (const std::regex& form : {test, typedTest}) {

@@ -103,6 +103,15 @@ TEST_F(FoldHeaderTest, NumberAndEverythingBehindTheNameStayInTheWorkedCase) {
     EXPECT_EQ(g_vLongName, u"Pump");
 }
 
+TEST_F(FoldHeaderTest, NameWithAnApostropheIsReplacedInEveryPass) {
+    Store(u"IO", u"OUT_7", u"operator's panel");
+    const Text sLine = Rewrite(u";FOLD OUT 7 'x' State");
+    EXPECT_EQ(sLine, u";FOLD OUT 7 'operator's panel' State");
+    EXPECT_EQ(Rewrite(sLine), sLine);
+    EXPECT_TRUE(g_bLineChanged);
+    EXPECT_EQ(g_vLongName, u"operator");
+}
+
 TEST_F(FoldHeaderTest, OtherLinesPassThrough) {
     for (const TextView sLine :
          {u"", u" ", u";FOLD", u";FOLD ", u"OUT 12 'Pump' State=TRUE", u";ENDFOLD",

@@ -12,14 +12,24 @@ Session::Session(std::unique_ptr<Database> database, std::weak_ptr<DatabasePool>
     : m_database(std::move(database)), m_pool(std::move(pool)) {}
 
 Session::~Session() {
+    End();
+}
+
+void Session::End() {
+    std::unique_ptr<Database> database = std::move(m_database);
+    if (!database) return;
     if (const auto pool = m_pool.lock())
-        pool->GiveBack(std::move(m_database));
+        pool->GiveBack(std::move(database));
     else
-        m_database->Rest();
+        database->Rest();
 }
 
 SqliteConnection::SqliteConnection(ResolvePath resolvePath, std::weak_ptr<DatabasePool> pool)
     : m_resolvePath(std::move(resolvePath)), m_pool(std::move(pool)) {}
+
+SqliteConnection::~SqliteConnection() {
+    if (m_session) m_session->End();
+}
 
 void SqliteConnection::SetProvider(TextView /*sProvider*/) {}
 
@@ -43,7 +53,7 @@ std::int32_t SqliteConnection::State() const {
 }
 
 void SqliteConnection::Close() {
-    OpenSession();
+    OpenSession()->End();
     m_session.reset();
 }
 

@@ -12,8 +12,9 @@ namespace nomira::sqlite {
 
 using ResolvePath = std::function<std::filesystem::path(TextView)>;
 
-// The database of an open connection. Recordsets know it weakly: it ends with the connection's
-// Close, and so do they.
+// The database of an open connection. Recordsets know it longer than it lives: it ends with the
+// connection's Close, and so do they. They ask for it at every turn, so that asking is one look at
+// a pointer.
 class Session {
   public:
     // The pool takes the database back at the end, unless it is gone by then.
@@ -22,7 +23,9 @@ class Session {
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
+    bool IsOpen() const { return m_database != nullptr; }
     Database& Get() const { return *m_database; }
+    void End();
 
   private:
     std::unique_ptr<Database> m_database;
@@ -32,6 +35,7 @@ class Session {
 class SqliteConnection : public Connection {
   public:
     SqliteConnection(ResolvePath resolvePath, std::weak_ptr<DatabasePool> pool);
+    ~SqliteConnection() override;
 
     // One provider serves all; the text is not looked at.
     void SetProvider(TextView sProvider) override;

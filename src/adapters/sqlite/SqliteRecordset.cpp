@@ -55,7 +55,7 @@ void SqliteRecordset::OpenQuery(Database& database, TextView sSql, bool bWritabl
 }
 
 std::int32_t SqliteRecordset::State() const {
-    return m_bOpen && !m_session.expired() ? kStateOpen : kStateClosed;
+    return m_bOpen && m_session->IsOpen() ? kStateOpen : kStateClosed;
 }
 
 void SqliteRecordset::Close() {
@@ -150,9 +150,8 @@ void SqliteRecordset::WriteCurrentRow(const std::vector<PendingField>& pending) 
 }
 
 Database& SqliteRecordset::TheDatabase() const {
-    const std::shared_ptr<Session> session = m_session.lock();
-    if (!m_bOpen || !session) Raise(ErrorNumber::ObjectClosed);
-    return session->Get();
+    if (State() != kStateOpen) Raise(ErrorNumber::ObjectClosed);
+    return m_session->Get();
 }
 
 void SqliteRecordset::ReadPendingRows() const {

@@ -58,7 +58,7 @@ class SqliteRecordset : public Recordset {
     void WriteCurrentRow(const std::vector<PendingField>& pending);
 
     bool m_bOpen = false;
-    std::weak_ptr<Session> m_session;
+    std::shared_ptr<Session> m_session;  // there while m_bOpen
     // The rows of an opened table are read late, also by a question that changes nothing else.
     mutable ResultSet m_result;
     mutable std::string m_sUnreadTable;  // empty: the rows are there
