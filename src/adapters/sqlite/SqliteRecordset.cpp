@@ -171,7 +171,7 @@ ResultRow& SqliteRecordset::CurrentRow() {
 std::size_t SqliteRecordset::ColumnIndex(TextView sName) const {
     const auto& columns = m_result.columns;
     const auto found = std::find_if(columns.begin(), columns.end(), [&](const ResultColumn& c) {
-        return EqualNoCase(c.sName, sName);
+        return c.sName == sName || EqualNoCase(c.sName, sName);  // mostly written as they are
     });
     if (found == columns.end()) Raise(ErrorNumber::NoSuchField);
     return static_cast<std::size_t>(found - columns.begin());

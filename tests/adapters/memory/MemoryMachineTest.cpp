@@ -2,10 +2,10 @@
 
 #include <stdexcept>
 
-#include "testing/Raised.h"
 #include "langtools/CodePage.h"
 #include "langtools/ProgramState.h"
 #include "platform/Platform.h"
+#include "testing/Raised.h"
 #include "testing/TextPrinting.h"
 #include "ui/formlayer/Form.h"
 
@@ -65,10 +65,8 @@ TEST(MemoryFilesTest, OpeningFailsAsTold) {
     MemoryFiles files;
     files.Put(u"C:\\a.txt", "a");
     files.FailOpen(u"c:\\A.txt", ErrorNumber::PermissionDenied);
-    EXPECT_EQ(Raised([&] { files.OpenForInput(u"C:\\a.txt"); }),
-              ErrorNumber::PermissionDenied);
-    EXPECT_EQ(Raised([&] { files.OpenForOutput(u"C:\\a.txt"); }),
-              ErrorNumber::PermissionDenied);
+    EXPECT_EQ(Raised([&] { files.OpenForInput(u"C:\\a.txt"); }), ErrorNumber::PermissionDenied);
+    EXPECT_EQ(Raised([&] { files.OpenForOutput(u"C:\\a.txt"); }), ErrorNumber::PermissionDenied);
     files.ClearFailures();
     EXPECT_EQ(Raised([&] { files.OpenForInput(u"C:\\a.txt"); }), std::nullopt);
 }
