@@ -58,9 +58,9 @@ bool SingleBytePage::Holds(char16_t c) const {
 }
 
 char SingleBytePage::EncodeRare(char16_t c) const {
-    if (c == m_table[0]) return '\0';
+    if (!Holds(c)) return '?';
     const auto found = m_toByte.find(c);
-    return found == m_toByte.end() ? '?' : static_cast<char>(found->second);
+    return found == m_toByte.end() ? '\0' : static_cast<char>(found->second);
 }
 
 std::string SingleBytePage::Encode(TextView sText) const {

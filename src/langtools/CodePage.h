@@ -40,7 +40,7 @@ class SingleBytePage : public CodePage {
     bool Holds(char16_t c) const override;
 
   private:
-    // A character that isn't in m_lowToByte.
+    // A character without a byte above 0 in m_lowToByte.
     char EncodeRare(char16_t c) const;
 
     int m_nNumber;

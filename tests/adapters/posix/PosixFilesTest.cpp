@@ -222,6 +222,18 @@ TEST_F(PosixFilesTest, LinesAreInTheSystemsPage) {
     EXPECT_EQ(m_folder.Bytes("drives/c/b.txt"), "A?\r\n");
 }
 
+// A long text goes out in pieces, which must not show.
+TEST_F(PosixFilesTest, ALongTextIsWrittenWhole) {
+    const std::unique_ptr<CodePage> utf8 = MakeCodePage(65001);
+    SetSystemCodePage(utf8.get());
+    for (const std::size_t nAhead : {kStreamBuffer - 2, kStreamBuffer - 1, kStreamBuffer}) {
+        const Text sText = Text(nAhead, u'x') + u"\U0001F6A7" + Text(2 * kStreamBuffer, u'y');
+        m_files.OpenForOutput(u"C:\\long.txt")->PrintLine(sText);
+        EXPECT_TRUE(m_folder.Bytes("drives/c/long.txt") == utf8->Encode(sText) + "\r\n") << nAhead;
+    }
+    SetSystemCodePage(nullptr);
+}
+
 TEST(SystemErrorsTest, TheSystemsCodesHaveTheOldNumbers) {
     using Op = FileOperation;
     const struct {
