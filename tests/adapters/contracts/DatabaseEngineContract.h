@@ -277,6 +277,14 @@ TEST_P(DatabaseEngineContract, ARecordsetEndsWithItsConnection) {
     EXPECT_EQ(rows->State(), kStateClosed);
 }
 
+TEST_P(DatabaseEngineContract, ARecordsetEndsWithAConnectionThatGoesOutOfUse) {
+    Fill();
+    const auto rows = Opened(u"SELECT KeyString FROM Items");
+    connection.reset();
+    EXPECT_EQ(rows->State(), kStateClosed);
+    EXPECT_RAISES(ErrorNumber::ObjectClosed, rows->Field(u"KeyString"));
+}
+
 TEST_P(DatabaseEngineContract, AStatementWithoutRowsRunsAndLeavesTheRecordsetClosed) {
     Fill();
     const auto rows = Opened(u"DELETE FROM Items WHERE KeyString Like 'IN_%'", CursorKind::Static,

@@ -6,10 +6,12 @@
 
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "adapters/posix/CodePages.h"
 #include "adapters/posix/FileStreams.h"
 #include "adapters/posix/SystemErrors.h"
 #include "adapters/posix/TemporaryFolder.h"
