@@ -7,7 +7,7 @@
 namespace nomira::sqlite {
 namespace {
 
-constexpr std::size_t kBlockBytes = 32 * 1024;
+constexpr std::size_t kBlockBytes = std::size_t{32} * 1024;
 
 }  // namespace
 
@@ -45,6 +45,14 @@ FieldValue PackedValues::Get(std::size_t nIndex) const {
     if (const auto* nReal = std::get_if<double>(&cell)) return *nReal;
     if (const auto* sBytes = std::get_if<std::string_view>(&cell)) return FromUtf8(*sBytes);
     return {};
+}
+
+std::vector<FieldValue> PackedValues::GetRange(std::size_t nBegin, std::size_t nCount) const {
+    std::vector<FieldValue> values;
+    values.reserve(nCount);
+    for (std::size_t n = nBegin; n < nBegin + nCount; ++n)
+        values.push_back(Get(n));
+    return values;
 }
 
 }  // namespace nomira::sqlite

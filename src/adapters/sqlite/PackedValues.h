@@ -6,10 +6,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "database/DatabaseEngine.h"
 
@@ -25,14 +25,15 @@ class PackedValues {
     // Appends a column of the statement's current row.
     void Append(sqlite3_stmt* statement, int nColumn);
     FieldValue Get(std::size_t nIndex) const;
+    std::vector<FieldValue> GetRange(std::size_t nBegin, std::size_t nCount) const;
 
   private:
     using Cell = std::variant<std::monostate, std::int64_t, double, std::string_view>;
 
     std::string_view Keep(std::string_view sBytes);
 
-    std::deque<Cell> m_cells;
-    std::deque<std::string> m_blocks;  // filled within what they have reserved, so that they stay
+    std::vector<Cell> m_cells;
+    std::vector<std::string> m_blocks;  // filled within what they have reserved, so that they stay
 };
 
 }  // namespace nomira::sqlite

@@ -175,13 +175,6 @@ void ReadTable(Database& database, std::string_view sTable, bool bWritable, Resu
     ReadRows(database, statement, bWritable ? 1 : 0, result);
 }
 
-std::vector<FieldValue> Unpack(const ResultSet& result, const ResultRow& row) {
-    std::vector<FieldValue> values;
-    for (std::size_t n = 0; n < result.columns.size(); ++n)
-        values.push_back(result.packed.Get(*row.nPacked + n));
-    return values;
-}
-
 std::int64_t InsertRow(Database& database, const std::string& sTable,
                        const std::vector<Assignment>& assignments) {
     sqlite3_stmt* statement = database.PrepareOnce(InsertText(sTable, assignments));
@@ -206,8 +199,9 @@ std::vector<FieldValue> ReadRow(Database& database, const ResultSet& result, std
     const StatementUse use(statement);
     sqlite3_bind_int64(statement, 1, nRowId);
     if (!database.Step(statement)) RaiseFailure("the row is gone");
-    ResultSet one{.columns = result.columns, .rows = {}, .packed = {}, .sTable = {}};
-    return Unpack(one, {nRowId, PackRow(statement, 0, one.packed), {}});
+    PackedValues packed;
+    PackRow(statement, 0, packed);
+    return packed.GetRange(0, packed.Count());
 }
 
 }  // namespace nomira::sqlite

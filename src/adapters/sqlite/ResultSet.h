@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,7 +30,7 @@ struct ResultRow {
 
 struct ResultSet {
     std::vector<ResultColumn> columns;
-    std::deque<ResultRow> rows;
+    std::vector<ResultRow> rows;
     PackedValues packed;
     // The one table whose rows these are, and can be written; empty if there is no such table.
     std::string sTable;
@@ -46,9 +45,6 @@ std::optional<ResultSet> ReadQuery(Database& database, std::string_view sSql, bo
 ResultSet DescribeTable(Database& database, std::string_view sTable, bool bWritable);
 // Reads a table's rows, in the database's order, into the result that describes it.
 void ReadTable(Database& database, std::string_view sTable, bool bWritable, ResultSet& result);
-
-// All values of a row that has them packed.
-std::vector<FieldValue> Unpack(const ResultSet& result, const ResultRow& row);
 
 // A column and the value it shall have.
 struct Assignment {

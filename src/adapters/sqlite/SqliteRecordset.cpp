@@ -144,7 +144,8 @@ void SqliteRecordset::WriteCurrentRow(const std::vector<PendingField>& pending) 
     ResultRow& row = CurrentRow();
     UpdateRow(TheDatabase(), m_result.sTable, row.nRowId, Assignments(pending));
     if (row.values.empty() && !row.nPacked) return;
-    if (row.values.empty()) row.values = Unpack(m_result, row);
+    if (row.values.empty())
+        row.values = m_result.packed.GetRange(*row.nPacked, m_result.columns.size());
     for (const PendingField& field : pending)
         row.values[field.nColumn] = field.value;
 }
@@ -192,6 +193,7 @@ void SqliteRecordset::DropEdit() {
 std::vector<Assignment> SqliteRecordset::Assignments(
     const std::vector<PendingField>& pending) const {
     std::vector<Assignment> assignments;
+    assignments.reserve(pending.size());
     for (const PendingField& field : pending)
         assignments.push_back({m_result.columns[field.nColumn].sOrigin, field.value});
     return assignments;
