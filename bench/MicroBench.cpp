@@ -7,9 +7,9 @@
 
 #include "adapters/sqlite/SqliteEngine.h"
 #include "adapters/sqlite/StoreSchema.h"
-#include "conversion/Matches.h"
 #include "database/adoModul.h"
 #include "langtools/CParser.h"
+#include "langtools/Matches.h"
 
 namespace {
 

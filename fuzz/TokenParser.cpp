@@ -5,9 +5,9 @@
 #include <optional>
 #include <string_view>
 
-#include "conversion/Matches.h"
 #include "langtools/CParser.h"
 #include "langtools/CodePage.h"
+#include "langtools/Matches.h"
 #include "langtools/RuntimeError.h"
 
 namespace {

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "conversion/Matches.h"
 #include "frame/ProgramVariables.h"
 #include "frame/Settings.h"
 #include "langtools/CTools.h"
+#include "langtools/Matches.h"
 
 namespace nomira {
 namespace {

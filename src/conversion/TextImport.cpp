@@ -7,13 +7,13 @@
 #include <vector>
 
 #include "conversion/KeyScheme.h"
-#include "conversion/Matches.h"
 #include "conversion/PassObserver.h"
 #include "database/adoModul.h"
 #include "frame/Progress.h"
 #include "langtools/BasicText.h"
 #include "langtools/CParser.h"
 #include "langtools/CTools.h"
+#include "langtools/Matches.h"
 #include "langtools/ProgramState.h"
 #include "langtools/RuntimeError.h"
 #include "platform/Platform.h"

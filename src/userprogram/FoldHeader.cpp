@@ -2,12 +2,12 @@
 
 #include <array>
 
-#include "conversion/Matches.h"
 #include "conversion/TextImport.h"
 #include "database/adoModul.h"
 #include "langtools/BasicText.h"
 #include "langtools/CParser.h"
 #include "langtools/CTools.h"
+#include "langtools/Matches.h"
 #include "langtools/ProgramState.h"
 #include "langtools/RuntimeError.h"
 #include "platform/Platform.h"

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <limits>
 
-#include "conversion/Matches.h"
 #include "conversion/TextImport.h"
 #include "langtools/BasicText.h"
+#include "langtools/Matches.h"
 #include "langtools/RuntimeError.h"
 
 namespace nomira {

@@ -115,7 +115,7 @@ TEST(IncludeOrderTest, WrongArrowsAreSeen) {
     EXPECT_NE(verdict("conversion", "adapters/sqlite/SqliteEngine.h", false), "");
     EXPECT_NE(verdict("frame", "unistd.h", true), "");
     EXPECT_NE(verdict("database", "sqlite3.h", true), "");
-    EXPECT_NE(verdict("adapters/posix", "conversion/Matches.h", false), "");
+    EXPECT_NE(verdict("adapters/posix", "conversion/KeyScheme.h", false), "");
     EXPECT_NE(verdict("adapters/posix", "adapters/sqlite/SqliteEngine.h", false), "");
     EXPECT_NE(verdict("elsewhere", "langtools/Text.h", false), "");
     EXPECT_EQ(verdict("frame/entry", "ui/StdForm.h", false), "");

@@ -1,4 +1,4 @@
-#include "conversion/Matches.h"
+#include "langtools/Matches.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,6 @@
-#include "conversion/Matches.h"
+#include "langtools/Matches.h"
+
+#include <algorithm>
 
 #include "langtools/RuntimeError.h"
 
@@ -58,6 +60,19 @@ bool MatchesElement(char16_t c, TextView sPattern, std::size_t& n) {
     return bMatches;
 }
 
+bool IsSpecial(char16_t c) {
+    return c == u'*' || c == u'?' || c == u'#' || c == u'[';
+}
+
+// How many characters at the front of both are the same and stand for themselves.
+std::size_t LiteralLength(TextView sText, TextView sPattern) {
+    const std::size_t nMost = std::min(sText.size(), sPattern.size());
+    std::size_t n = 0;
+    while (n < nMost && sText[n] == sPattern[n] && !IsSpecial(sPattern[n]))
+        ++n;
+    return n;
+}
+
 bool IsEmptySet(TextView sPattern, std::size_t n) {
     return n + 1 < sPattern.size() && sPattern[n] == u'[' && sPattern[n + 1] == u']';
 }
@@ -67,9 +82,8 @@ bool IsEmptySet(TextView sPattern, std::size_t n) {
 // Runs along text and pattern. Where they part, the last `*` takes one character more; an earlier
 // one need never take more, for whatever it could reach the last one reaches as well.
 bool Matches(TextView sText, TextView sPattern) {
-    CheckSetsAreClosed(sPattern);
-    std::size_t nText = 0;
-    std::size_t nPattern = 0;
+    std::size_t nText = LiteralLength(sText, sPattern);
+    std::size_t nPattern = nText;
     std::size_t nBehindStar = kNone;
     std::size_t nStarEnd = 0;
     for (;;) {
@@ -80,16 +94,20 @@ bool Matches(TextView sText, TextView sPattern) {
         } else if (IsEmptySet(sPattern, nPattern)) {
             nPattern += 2;
         } else if (nText == sText.size()) {
-            return nPattern == sPattern.size();
+            if (nPattern == sPattern.size()) return true;
+            break;
         } else if (nPattern < sPattern.size() && MatchesElement(sText[nText], sPattern, nPattern)) {
             ++nText;
         } else if (nBehindStar != kNone) {
             nPattern = nBehindStar;
             nText = ++nStarEnd;
         } else {
-            return false;
+            break;
         }
     }
+    // A pattern with an open set is wrong whatever the text; only what is left of it can have one.
+    CheckSetsAreClosed(sPattern.substr(nPattern));
+    return false;
 }
 
 }  // namespace nomira
