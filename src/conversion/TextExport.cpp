@@ -3,13 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <memory>
-#include <numeric>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "conversion/KeyScheme.h"
-#include "conversion/Matches.h"
 #include "conversion/PassObserver.h"
 #include "conversion/TextImport.h"
 #include "database/OpenRecordset.h"
@@ -18,6 +16,7 @@
 #include "frame/Settings.h"
 #include "langtools/BasicText.h"
 #include "langtools/CParser.h"
+#include "langtools/Matches.h"
 #include "langtools/ProgramState.h"
 #include "langtools/RuntimeError.h"
 #include "platform/Platform.h"
@@ -33,30 +32,47 @@ constexpr TextView kLineEnd = u"\r\n";
 // ---- The sort buffers ----
 
 // Rows in ascending order of text. Those of one buffer share prefix and digit count, so that this
-// is the order of their numbers, and no number is ever parsed.
+// is the order of their numbers, and no number is ever parsed. The rows stand one behind the other
+// in one text, each with its line end: there are tens of thousands.
 class SortBuffer {
   public:
-    void Add(Text sRow) {
-        m_nLength += sRow.size() + kLineEnd.size();
-        m_rows.push_back(std::move(sRow));
+    void Add(TextView sKey, TextView sText) {
+        const std::size_t nFrom = m_sRows.size();
+        m_sRows.append(sKey).append(u" ").append(sText);
+        m_places.push_back({nFrom, m_sRows.size() - nFrom});
+        m_sRows.append(kLineEnd);
     }
     void Clear() {
-        m_rows.clear();
-        m_nLength = 0;
+        m_sRows.clear();
+        m_places.clear();
     }
     // The database often gives them in this order already.
     void Sort() {
-        if (!std::is_sorted(m_rows.begin(), m_rows.end()))
-            std::stable_sort(m_rows.begin(), m_rows.end());
+        const auto before = [this](const Place& left, const Place& right) {
+            return RowAt(left) < RowAt(right);
+        };
+        if (!std::is_sorted(m_places.begin(), m_places.end(), before))
+            std::stable_sort(m_places.begin(), m_places.end(), before);
     }
-    std::size_t Count() const { return m_rows.size(); }
-    const Text& Row(std::size_t nIndex) const { return m_rows[nIndex]; }
-    // Of all rows with their line ends.
-    std::size_t Length() const { return m_nLength; }
+    std::size_t Count() const { return m_places.size(); }
+    TextView Row(std::size_t nIndex) const { return RowAt(m_places[nIndex]); }
+    TextView RowWithEnd(std::size_t nIndex) const {
+        const Place& place = m_places[nIndex];
+        return TextView(m_sRows).substr(place.nFrom, place.nLength + kLineEnd.size());
+    }
 
   private:
-    std::vector<Text> m_rows;
-    std::size_t m_nLength = 0;
+    struct Place {
+        std::size_t nFrom;
+        std::size_t nLength;
+    };
+
+    TextView RowAt(const Place& place) const {
+        return TextView(m_sRows).substr(place.nFrom, place.nLength);
+    }
+
+    Text m_sRows;
+    std::vector<Place> m_places;
 };
 
 // For keys of one, two, three and four digits. They outlive a read: one that fails leaves its rows
@@ -84,15 +100,11 @@ const OnProgramReset g_reset{[] {
 
 // ---- The read of one class ----
 
-// Empty for a Null.
-Text FieldText(FieldValue value) {
-    return IsNull(value) ? Text() : ToText(std::move(value));
-}
-
-Text Joined(TextView sKey, TextView sText) {
-    Text sRow;
-    sRow.reserve(sKey.size() + 1 + sText.size());
-    return sRow.append(sKey).append(u" ").append(sText);
+// The value's text, made a Text if it is none yet; empty for a Null.
+TextView FieldText(FieldValue& value) {
+    if (IsNull(value)) return {};
+    if (!std::holds_alternative<Text>(value)) value = ToText(std::move(value));
+    return std::get<Text>(value);
 }
 
 // Distributes the rows of one class over the buffers.
@@ -108,14 +120,14 @@ class RowSorter {
         FieldValue text = read->Field(u"String");
         FieldValue key = read->Field(u"KeyString");
         const bool bNull = IsNull(text) || IsNull(key);
-        const Text sText = FieldText(std::move(text));
-        const Text sKey = FieldText(std::move(key));
+        const TextView sText = FieldText(text);
+        const TextView sKey = FieldText(key);
         SortBuffer* buffer = bNull || Matches(sText, kEmptyMarker) ? nullptr : BufferFor(sKey);
         if (!buffer) {
             ThePassObserver().RowLeftOut(sKey, sText);
             return;
         }
-        buffer->Add(Joined(sKey, sText));
+        buffer->Add(sKey, sText);
         ThePassObserver().RowExported(sKey, sText);
     }
 
@@ -148,22 +160,39 @@ void FillBuffers(const OpenRecordset& read, TextView sPrefix) {
 // step fails. The count is asked anew each time, for the progress call lets events through.
 void AppendRows(Text& sResult, TextView sPrefix, TextView sCustomerPrefix) {
     const bool bCustomer = IsCustomerVw();
-    sResult.reserve(std::accumulate(
-        kBuffers.begin(), kBuffers.end(), std::size_t{0},
-        [](std::size_t n, const SortBuffer* buffer) { return n + buffer->Length(); }));
     for (SortBuffer* buffer : kBuffers) {
         buffer->Sort();
         for (std::size_t n = 0; n < buffer->Count(); ++n) {
-            const Text& sRow = buffer->Row(n);
             if (bCustomer)
-                sResult += SwapKeyPrefix(sRow, sPrefix, sCustomerPrefix);
+                sResult.append(SwapKeyPrefix(buffer->Row(n), sPrefix, sCustomerPrefix))
+                    .append(kLineEnd);
             else
-                sResult += sRow;
-            sResult += kLineEnd;
+                sResult += buffer->RowWithEnd(n);
             if (n % 2 == 0) AdvanceProgress();
         }
     }
 }
+
+// What ReadClassRows gives, appended.
+void AppendClassRows(Text& sResult, TextView sModule, TextView sPrefix, TextView sCustomerPrefix) {
+    std::optional<OpenRecordset> read;
+    try {
+        OpenDatabase(kLongTextDatabase);
+        read.emplace(ExportReadStatement(sModule, sPrefix), g_Connection.get(), CursorKind::Static,
+                     LockKind::ReadOnly);
+        FillBuffers(*read, sPrefix);
+        AppendRows(sResult, sPrefix, sCustomerPrefix);
+        ClearBuffers();
+        (*read)->Close();
+    } catch (const RuntimeError&) {
+        // The result is what it holds now, and the buffers keep what they hold.
+    }
+    CloseDatabase();
+}
+
+// In characters: more than the largest set of keys takes with texts of a usual length, so that the
+// dump doesn't move while it grows. Room that isn't used costs nothing.
+constexpr std::size_t kDumpRoom = std::size_t{4} * 1024 * 1024;
 
 // ---- The file ----
 
@@ -314,9 +343,10 @@ void DbIntoText(TextView sFile) {
 
 const Text& BuildLongTextDump() {
     Text sDump;
+    sDump.reserve(kDumpRoom);
     for (const SignalClass& signalClass : SignalClasses())
-        sDump += ReadClassRows(signalClass.sModule, signalClass.sPrefix, signalClass.Size(),
-                               signalClass.sCustomerPrefix);
+        AppendClassRows(sDump, signalClass.sModule, signalClass.sPrefix,
+                        signalClass.sCustomerPrefix);
     g_sLastExport = std::move(sDump);
     return g_sLastExport;
 }
@@ -324,19 +354,7 @@ const Text& BuildLongTextDump() {
 Text ReadClassRows(TextView sModule, TextView sPrefix, std::int16_t /*nSize*/,
                    TextView sCustomerPrefix) {
     Text sResult;
-    std::optional<OpenRecordset> read;
-    try {
-        OpenDatabase(kLongTextDatabase);
-        read.emplace(ExportReadStatement(sModule, sPrefix), g_Connection.get(), CursorKind::Static,
-                     LockKind::ReadOnly);
-        FillBuffers(*read, sPrefix);
-        AppendRows(sResult, sPrefix, sCustomerPrefix);
-        ClearBuffers();
-        (*read)->Close();
-    } catch (const RuntimeError&) {
-        // The result is what it holds now, and the buffers keep what they hold.
-    }
-    CloseDatabase();
+    AppendClassRows(sResult, sModule, sPrefix, sCustomerPrefix);
     return sResult;
 }
 

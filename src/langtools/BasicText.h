@@ -2,6 +2,7 @@
 // comparison, 0 for a miss, and its failures for arguments out of range.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "langtools/Text.h"
@@ -42,6 +43,10 @@ Text LCase(TextView sText);
 char16_t UCase(char16_t c);
 char16_t LCase(char16_t c);
 
+// Whether the two are equal: what == tells, but compared as memory rather than one by one.
+inline bool Equal(TextView sLeft, TextView sRight) {
+    return std::equal(sLeft.begin(), sLeft.end(), sRight.begin(), sRight.end());
+}
 // Whether the two are equal without regard to case.
 bool EqualNoCase(TextView sLeft, TextView sRight);
 

@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "langtools/Ascii.h"
+
 namespace nomira {
 namespace {
 
 constexpr char16_t kNoCharacter = 0xFFFD;
+constexpr std::size_t kAsciiCount = 128;
 
 // Bytes 80 to 9F of page 1252; all others equal the character of the same number.
 constexpr std::array<char16_t, 32> k1252Block80{
@@ -42,6 +45,9 @@ SingleBytePage::SingleBytePage(int nNumber, const Table& table)
             m_toByte[c] = byte;
         }
     }
+    m_bHoldsAscii = true;
+    for (std::size_t n = 0; n < kAsciiCount; ++n)
+        m_bHoldsAscii = m_bHoldsAscii && table[n] == n;
 }
 
 Text SingleBytePage::Decode(std::string_view bytes) const {
@@ -63,12 +69,25 @@ char SingleBytePage::EncodeRare(char16_t c) const {
     return found == m_toByte.end() ? '\0' : static_cast<char>(found->second);
 }
 
+char SingleBytePage::EncodeOne(char16_t c) const {
+    const unsigned char nByte = c < m_lowToByte.size() ? m_lowToByte[c] : 0;
+    return nByte != 0 ? static_cast<char>(nByte) : EncodeRare(c);
+}
+
 std::string SingleBytePage::Encode(TextView sText) const {
     std::string bytes(sText.size(), '\0');
-    std::transform(sText.begin(), sText.end(), bytes.begin(), [this](char16_t c) {
-        const unsigned char nByte = c < m_lowToByte.size() ? m_lowToByte[c] : 0;
-        return nByte != 0 ? static_cast<char>(nByte) : EncodeRare(c);
-    });
+    std::size_t n = 0;
+    while (n < sText.size()) {
+        if (m_bHoldsAscii) {
+            const TextView sRun = sText.substr(n, AsciiLength(sText.substr(n)));
+            std::transform(sRun.begin(), sRun.end(), bytes.data() + n,
+                           [](char16_t c) { return static_cast<char>(c); });
+            n += sRun.size();
+            if (n == sText.size()) break;
+        }
+        bytes[n] = EncodeOne(sText[n]);
+        ++n;
+    }
     return bytes;
 }
 

@@ -40,11 +40,13 @@ class SingleBytePage : public CodePage {
     bool Holds(char16_t c) const override;
 
   private:
+    char EncodeOne(char16_t c) const;
     // A character without a byte above 0 in m_lowToByte.
     char EncodeRare(char16_t c) const;
 
     int m_nNumber;
     Table m_table;
+    bool m_bHoldsAscii = false;                              // each of them as the byte it is
     std::array<unsigned char, 256> m_lowToByte{};            // characters below U+0100
     std::unordered_map<char16_t, unsigned char> m_toByte{};  // the others
 };

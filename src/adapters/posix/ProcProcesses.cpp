@@ -1,11 +1,17 @@
 #include "adapters/posix/ProcProcesses.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <climits>
 #include <filesystem>
-#include <fstream>
+#include <string_view>
 #include <utility>
 
+#include "adapters/posix/Descriptor.h"
 #include "adapters/posix/NativeName.h"
 #include "langtools/BasicText.h"
 
@@ -25,17 +31,23 @@ std::optional<std::uint32_t> ProcessIdOf(const std::string& sName) {
 
 // The first argument of the command line; empty if there is none, or it can't be read.
 std::string StartedAs(const std::string& sFolder) {
-    std::ifstream in(sFolder + "/cmdline", std::ios::binary);
+    const Descriptor file(::open((sFolder + "/cmdline").c_str(), O_RDONLY | O_CLOEXEC));
     std::string sName;
-    std::getline(in, sName, '\0');
-    return sName;
+    std::array<char, PATH_MAX> piece;
+    while (sName.find('\0') == std::string::npos) {
+        const ssize_t nRead = ::read(file.Get(), piece.data(), piece.size());
+        if (nRead <= 0) break;
+        sName.append(piece.data(), static_cast<std::size_t>(nRead));
+    }
+    return sName.substr(0, sName.find('\0'));
 }
 
 std::string RunningFile(const std::string& sFolder) {
-    std::error_code error;
-    std::string sPath = std::filesystem::read_symlink(sFolder + "/exe", error).string();
-    if (sPath.ends_with(kDeleted)) sPath.resize(sPath.size() - kDeleted.size());
-    return sPath;
+    std::array<char, PATH_MAX> path;
+    const ssize_t nLength = ::readlink((sFolder + "/exe").c_str(), path.data(), path.size());
+    std::string_view sPath(path.data(), static_cast<std::size_t>(std::max<ssize_t>(nLength, 0)));
+    if (sPath.ends_with(kDeleted)) sPath.remove_suffix(kDeleted.size());
+    return std::string(sPath);
 }
 
 }  // namespace

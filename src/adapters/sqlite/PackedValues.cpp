@@ -12,39 +12,51 @@ constexpr std::size_t kBlockBytes = std::size_t{32} * 1024;
 }  // namespace
 
 void PackedValues::Append(sqlite3_stmt* statement, int nColumn) {
-    switch (sqlite3_column_type(statement, nColumn)) {
+    // The column is looked up once. The value is good as it stands: the handle is one thread's own,
+    // and the text is copied before the statement moves on.
+    sqlite3_value* value = sqlite3_column_value(statement, nColumn);
+    Cell& cell = m_cells.emplace_back();
+    switch (sqlite3_value_type(value)) {
         case SQLITE_NULL:
-            m_cells.emplace_back();
             break;
         case SQLITE_INTEGER:
-            m_cells.emplace_back(std::int64_t{sqlite3_column_int64(statement, nColumn)});
+            cell.kind = Kind::Integer;
+            cell.nValue = sqlite3_value_int64(value);
             break;
         case SQLITE_FLOAT:
-            m_cells.emplace_back(sqlite3_column_double(statement, nColumn));
+            cell.kind = Kind::Real;
+            cell.nReal = sqlite3_value_double(value);
             break;
         default: {
-            const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement, nColumn));
-            const auto nLength = static_cast<std::size_t>(sqlite3_column_bytes(statement, nColumn));
-            m_cells.emplace_back(bytes ? Keep({bytes, nLength}) : std::string_view());
+            const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
+            cell.kind = Kind::Bytes;
+            cell.nLength = static_cast<std::uint32_t>(sqlite3_value_bytes(value));
+            cell.bytes = Keep({bytes, cell.nLength});
         }
     }
 }
 
-std::string_view PackedValues::Keep(std::string_view sBytes) {
+const char* PackedValues::Keep(std::string_view sBytes) {
     if (m_blocks.empty() || m_blocks.back().capacity() - m_blocks.back().size() < sBytes.size())
         m_blocks.emplace_back().reserve(std::max(kBlockBytes, sBytes.size()));
     std::string& block = m_blocks.back();
     const std::size_t nFrom = block.size();
     block += sBytes;
-    return std::string_view(block).substr(nFrom);
+    return block.data() + nFrom;
 }
 
 FieldValue PackedValues::Get(std::size_t nIndex) const {
     const Cell& cell = m_cells[nIndex];
-    if (const auto* nValue = std::get_if<std::int64_t>(&cell)) return *nValue;
-    if (const auto* nReal = std::get_if<double>(&cell)) return *nReal;
-    if (const auto* sBytes = std::get_if<std::string_view>(&cell)) return FromUtf8(*sBytes);
-    return {};
+    switch (cell.kind) {
+        case Kind::Integer:
+            return cell.nValue;
+        case Kind::Real:
+            return cell.nReal;
+        case Kind::Bytes:
+            return FromUtf8({cell.bytes, cell.nLength});
+        default:
+            return {};
+    }
 }
 
 std::vector<FieldValue> PackedValues::GetRange(std::size_t nBegin, std::size_t nCount) const {

@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 #include "database/DatabaseEngine.h"
@@ -28,9 +27,19 @@ class PackedValues {
     std::vector<FieldValue> GetRange(std::size_t nBegin, std::size_t nCount) const;
 
   private:
-    using Cell = std::variant<std::monostate, std::int64_t, double, std::string_view>;
+    enum class Kind : std::uint32_t { Null, Integer, Real, Bytes };
+    // 16 bytes, for there may be tens of thousands. SQLite's texts are shorter than 2^31 bytes.
+    struct Cell {
+        Kind kind = Kind::Null;
+        std::uint32_t nLength = 0;
+        union {
+            std::int64_t nValue = 0;
+            double nReal;
+            const char* bytes;
+        };
+    };
 
-    std::string_view Keep(std::string_view sBytes);
+    const char* Keep(std::string_view sBytes);
 
     std::vector<Cell> m_cells;
     std::vector<std::string> m_blocks;  // filled within what they have reserved, so that they stay

@@ -69,19 +69,17 @@ std::vector<ResultColumn> ReadColumns(sqlite3_stmt* statement, int nFirst) {
     return columns;
 }
 
-// The current row's columns from `nFirst` on; where they begin.
-std::size_t PackRow(sqlite3_stmt* statement, int nFirst, PackedValues& packed) {
-    const std::size_t nBegin = packed.Count();
+// The current row's columns from `nFirst` on.
+void PackRow(sqlite3_stmt* statement, int nFirst, PackedValues& packed) {
     const int nCount = sqlite3_column_count(statement);
     for (int nColumn = nFirst; nColumn < nCount; ++nColumn)
         packed.Append(statement, nColumn);
-    return nBegin;
 }
 
-void ReadRows(Database& database, sqlite3_stmt* statement, int nFirst, ResultSet& result) {
-    while (database.Step(statement)) {
-        const std::int64_t nRowId = nFirst == 1 ? sqlite3_column_int64(statement, 0) : 0;
-        result.rows.push_back({nRowId, PackRow(statement, nFirst, result.packed), {}});
+void ReadRows(Database& database, sqlite3_stmt* statement, int nFirst, ResultRows& rows) {
+    for (; database.Step(statement); ++rows.nRead) {
+        if (nFirst == 1) rows.readIds.push_back(sqlite3_column_int64(statement, 0));
+        PackRow(statement, nFirst, rows.packed);
     }
 }
 
@@ -156,7 +154,7 @@ std::optional<ResultSet> ReadQuery(Database& database, std::string_view sSql, bo
     ResultSet result;
     result.columns = ReadColumns(statement.get(), nFirst);
     if (nFirst == 1) result.sTable = OrEmpty(sqlite3_column_table_name(statement.get(), 0));
-    ReadRows(database, statement.get(), nFirst, result);
+    ReadRows(database, statement.get(), nFirst, result.rows);
     if (result.columns.empty()) return std::nullopt;
     return result;
 }
@@ -172,7 +170,7 @@ ResultSet DescribeTable(Database& database, std::string_view sTable, bool bWrita
 void ReadTable(Database& database, std::string_view sTable, bool bWritable, ResultSet& result) {
     sqlite3_stmt* statement = database.PrepareOnce(SelectTable(sTable, bWritable));
     const StatementUse use(statement);
-    ReadRows(database, statement, bWritable ? 1 : 0, result);
+    ReadRows(database, statement, bWritable ? 1 : 0, result.rows);
 }
 
 std::int64_t InsertRow(Database& database, const std::string& sTable,

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "adapters/sqlite/Database.h"
@@ -20,18 +21,27 @@ struct ResultColumn {
     std::string sOrigin;
 };
 
-struct ResultRow {
-    std::int64_t nRowId = 0;  // only in a result that can be written
-    // Where the row's values begin in the packed ones; nullopt for a row that was just added.
-    std::optional<std::size_t> nPacked;
-    // The values of a row that was added or changed; they go before the packed ones.
-    std::vector<FieldValue> values;
+// A row that was added or changed through the recordset.
+struct WrittenRow {
+    std::int64_t nRowId;
+    std::vector<FieldValue> values;  // empty until somebody asks for them
+};
+
+// The rows of a result, from 0 up: first those that were read, then those that were added.
+struct ResultRows {
+    std::size_t Count() const { return nRead + nAdded; }
+
+    std::size_t nRead = 0;
+    PackedValues packed;                // their values, row by row
+    std::vector<std::int64_t> readIds;  // only in a result that can be written
+    std::size_t nAdded = 0;
+    // All that were added, and those read ones that were changed, by their place.
+    std::unordered_map<std::size_t, WrittenRow> written;
 };
 
 struct ResultSet {
     std::vector<ResultColumn> columns;
-    std::vector<ResultRow> rows;
-    PackedValues packed;
+    ResultRows rows;
     // The one table whose rows these are, and can be written; empty if there is no such table.
     std::string sTable;
 };

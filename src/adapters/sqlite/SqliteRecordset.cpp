@@ -65,18 +65,18 @@ void SqliteRecordset::Close() {
 
 bool SqliteRecordset::Bof() const {
     ReadPendingRows();
-    return m_result.rows.empty() && !m_addedRow;
+    return m_result.rows.Count() == 0 && !m_addedRow;
 }
 
 bool SqliteRecordset::Eof() const {
     ReadPendingRows();
-    return m_nRow >= m_result.rows.size() && !m_addedRow;
+    return m_nRow >= m_result.rows.Count() && !m_addedRow;
 }
 
 void SqliteRecordset::MoveFirst() {
     ReadPendingRows();
     DropEdit();
-    if (m_result.rows.empty()) Raise(ErrorNumber::NoCurrentRecord);
+    if (m_result.rows.Count() == 0) Raise(ErrorNumber::NoCurrentRecord);
     m_addedRow.reset();
     m_nRow = 0;
 }
@@ -86,7 +86,7 @@ void SqliteRecordset::MoveNext() {
     DropEdit();
     if (m_addedRow) {
         m_addedRow.reset();
-        m_nRow = m_result.rows.size();
+        m_nRow = m_result.rows.Count();
     } else {
         ++m_nRow;
     }
@@ -97,11 +97,12 @@ FieldValue SqliteRecordset::Field(TextView sName) {
     const std::size_t nColumn = ColumnIndex(sName);
     if (const FieldValue* pending = PendingValue(nColumn)) return *pending;
     if (m_edit == Edit::Adding) return {};
-    ResultRow& row = CurrentRow();
-    if (!row.values.empty()) return row.values[nColumn];
-    if (row.nPacked) return m_result.packed.Get(*row.nPacked + nColumn);
-    row.values = ReadRow(database, m_result, row.nRowId);
-    return row.values[nColumn];
+    RequireCurrentRow();
+    if (WrittenRow* row = CurrentWrittenRow()) {
+        if (row->values.empty()) row->values = ReadRow(database, m_result, row->nRowId);
+        return row->values[nColumn];
+    }
+    return m_result.rows.packed.Get(m_nRow * m_result.columns.size() + nColumn);
 }
 
 void SqliteRecordset::AddNew() {
@@ -117,7 +118,7 @@ void SqliteRecordset::SetField(TextView sName, const FieldValue& value) {
     const bool bOfTable = m_bWritable && m_result.columns[nColumn].sTable == m_result.sTable;
     if (!bOfTable) Raise(ErrorNumber::UpdateNotAllowed);
     if (m_edit == Edit::None) {
-        CurrentRow();
+        RequireCurrentRow();
         m_edit = Edit::Changing;
     }
     std::erase_if(m_pending, [nColumn](const PendingField& p) { return p.nColumn == nColumn; });
@@ -136,18 +137,27 @@ void SqliteRecordset::Update() {
 void SqliteRecordset::WriteNewRow(const std::vector<PendingField>& pending) {
     const std::int64_t nRowId = InsertRow(TheDatabase(), m_result.sTable, Assignments(pending));
     // Its values are read when asked for, as the database has them.
-    m_addedRow = ResultRow{nRowId, std::nullopt, {}};
-    m_result.rows.push_back(*m_addedRow);
+    m_addedRow = WrittenRow{nRowId, {}};
+    if (!m_sUnreadTable.empty()) return;  // it will be read with the others
+    ResultRows& rows = m_result.rows;
+    rows.written.emplace(rows.Count(), *m_addedRow);
+    ++rows.nAdded;
 }
 
 void SqliteRecordset::WriteCurrentRow(const std::vector<PendingField>& pending) {
-    ResultRow& row = CurrentRow();
-    UpdateRow(TheDatabase(), m_result.sTable, row.nRowId, Assignments(pending));
-    if (row.values.empty() && !row.nPacked) return;
-    if (row.values.empty())
-        row.values = m_result.packed.GetRange(*row.nPacked, m_result.columns.size());
+    RequireCurrentRow();
+    ResultRows& rows = m_result.rows;
+    WrittenRow* row = CurrentWrittenRow();
+    const std::int64_t nRowId = row ? row->nRowId : rows.readIds[m_nRow];
+    UpdateRow(TheDatabase(), m_result.sTable, nRowId, Assignments(pending));
+    if (row && row->values.empty()) return;
+    if (!row) {
+        const std::size_t nColumns = m_result.columns.size();
+        WrittenRow changed{nRowId, rows.packed.GetRange(m_nRow * nColumns, nColumns)};
+        row = &rows.written.emplace(m_nRow, std::move(changed)).first->second;
+    }
     for (const PendingField& field : pending)
-        row.values[field.nColumn] = field.value;
+        row->values[field.nColumn] = field.value;
 }
 
 Database& SqliteRecordset::TheDatabase() const {
@@ -162,17 +172,22 @@ void SqliteRecordset::ReadPendingRows() const {
     m_sUnreadTable.clear();
 }
 
-ResultRow& SqliteRecordset::CurrentRow() {
-    if (m_addedRow) return *m_addedRow;
+void SqliteRecordset::RequireCurrentRow() const {
+    if (m_addedRow) return;
     ReadPendingRows();
-    if (m_nRow >= m_result.rows.size()) Raise(ErrorNumber::NoCurrentRecord);
-    return m_result.rows[m_nRow];
+    if (m_nRow >= m_result.rows.Count()) Raise(ErrorNumber::NoCurrentRecord);
+}
+
+WrittenRow* SqliteRecordset::CurrentWrittenRow() {
+    if (m_addedRow) return &*m_addedRow;
+    const auto found = m_result.rows.written.find(m_nRow);
+    return found == m_result.rows.written.end() ? nullptr : &found->second;
 }
 
 std::size_t SqliteRecordset::ColumnIndex(TextView sName) const {
     const auto& columns = m_result.columns;
     const auto found = std::find_if(columns.begin(), columns.end(), [&](const ResultColumn& c) {
-        return c.sName == sName || EqualNoCase(c.sName, sName);  // mostly written as they are
+        return Equal(c.sName, sName) || EqualNoCase(c.sName, sName);  // mostly written as they are
     });
     if (found == columns.end()) Raise(ErrorNumber::NoSuchField);
     return static_cast<std::size_t>(found - columns.begin());

@@ -47,8 +47,10 @@ class SqliteRecordset : public Recordset {
     // Raises ObjectClosed.
     Database& TheDatabase() const;
     void ReadPendingRows() const;
-    // The current row, which may be one that was just added. Raises NoCurrentRecord.
-    ResultRow& CurrentRow();
+    // Raises NoCurrentRecord.
+    void RequireCurrentRow() const;
+    // The current row, if it was added or changed; nullptr for one that is as it was read.
+    WrittenRow* CurrentWrittenRow();
     // The index of a column. Raises NoSuchField.
     std::size_t ColumnIndex(TextView sName) const;
     const FieldValue* PendingValue(std::size_t nColumn) const;
@@ -64,7 +66,7 @@ class SqliteRecordset : public Recordset {
     mutable std::string m_sUnreadTable;  // empty: the rows are there
     bool m_bWritable = false;
     std::size_t m_nRow = 0;
-    std::optional<ResultRow> m_addedRow;  // the current row, until the next move
+    std::optional<WrittenRow> m_addedRow;  // the current row, until the next move
     Edit m_edit = Edit::None;
     std::vector<PendingField> m_pending;
 };

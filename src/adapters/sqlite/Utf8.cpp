@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <type_traits>
+
+#include "langtools/Ascii.h"
 
 namespace nomira::sqlite {
 namespace {
@@ -85,21 +86,14 @@ std::size_t DecodeFront(std::string_view sBytes, char32_t& c) {
     return 0;
 }
 
-bool IsAscii(char32_t c) {
-    return c < 0x80;
-}
-
 // Takes what is ASCII, most often all there is, off the front of `from` and appends it.
 template <typename To, typename From>
 void TakeAscii(To& to, From& from) {
-    const auto end = std::find_if_not(from.begin(), from.end(), [](auto c) {
-        return IsAscii(static_cast<std::make_unsigned_t<decltype(c)>>(c));
-    });
-    const auto nLength = static_cast<std::size_t>(end - from.begin());
+    const std::size_t nLength = AsciiLength(from);
     const std::size_t nOld = to.size();
     to.reserve(nOld + from.size());
     to.resize(nOld + nLength);
-    std::copy(from.begin(), end, to.begin() + static_cast<std::ptrdiff_t>(nOld));
+    std::copy_n(from.begin(), nLength, to.begin() + static_cast<std::ptrdiff_t>(nOld));
     from.remove_prefix(nLength);
 }
 
@@ -125,6 +119,7 @@ std::string ToUtf8(TextView sText) {
 }
 
 Text FromUtf8(std::string_view sBytes) {
+    if (AsciiLength(sBytes) == sBytes.size()) return {sBytes.begin(), sBytes.end()};
     Text sText;
     for (TakeAscii(sText, sBytes); !sBytes.empty(); TakeAscii(sText, sBytes)) {
         char32_t c = kReplacement;

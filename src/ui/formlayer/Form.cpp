@@ -1,5 +1,6 @@
 #include "ui/formlayer/Form.h"
 
+#include "langtools/BasicText.h"
 #include "ui/formlayer/FormLayer.h"
 
 namespace nomira {
@@ -25,7 +26,7 @@ void Form::Show() {
 
 Control* Form::Find(TextView sName) const {
     for (const auto& control : m_controls)
-        if (control->Name() == sName) return control.get();
+        if (Equal(control->Name(), sName)) return control.get();
     return nullptr;
 }
 

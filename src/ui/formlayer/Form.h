@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -11,6 +12,14 @@
 #include "ui/formlayer/Controls.h"
 
 namespace nomira {
+
+// The control as its kind; nullptr for one of another kind, and for none. Most often the kind is
+// the very one, which is told at a look.
+template <typename Kind>
+Kind* As(Control* control) {
+    if (control && typeid(*control) == typeid(Kind)) return static_cast<Kind*>(control);
+    return dynamic_cast<Kind*>(control);
+}
 
 class Form {
   public:
@@ -49,7 +58,7 @@ class Form {
     // The control as its kind. Raises NoSuchMember if it is missing or of another kind.
     template <typename Kind>
     Kind& Get(TextView sName) const {
-        auto* control = dynamic_cast<Kind*>(Find(sName));
+        auto* control = As<Kind>(Find(sName));
         if (!control) Raise(ErrorNumber::NoSuchMember);
         return *control;
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "langtools/BasicText.h"
 #include "langtools/ProgramState.h"
 #include "langtools/RuntimeError.h"
 
@@ -16,7 +17,7 @@ View* g_view = nullptr;
 
 Forms::iterator Locate(TextView sClass) {
     return std::find_if(g_forms.begin(), g_forms.end(),
-                        [&](const auto& form) { return form->Class() == sClass; });
+                        [&](const auto& form) { return Equal(form->Class(), sClass); });
 }
 
 const OnProgramReset g_reset{[] {

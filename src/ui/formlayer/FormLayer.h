@@ -24,7 +24,7 @@ Form* FindForm(TextView sClass);
 template <typename Kind>
 Kind* FindControl(TextView sClass, TextView sName) {
     const Form* form = FindForm(sClass);
-    return form ? dynamic_cast<Kind*>(form->Find(sName)) : nullptr;
+    return form ? As<Kind>(form->Find(sName)) : nullptr;
 }
 // Whether any loaded form is on the screen: the program's message loop lives as long.
 bool AnyFormVisible();

@@ -430,6 +430,31 @@ TEST_P(DatabaseEngineContract, AddedRowsAreAmongTheTablesRows) {
     EXPECT_EQ(sKeys, u"IN_1,IN_2,FlagText1,IN_8,IN_9,");
 }
 
+TEST_P(DatabaseEngineContract, ARowAddedBeforeTheTableWasReadComesOnce) {
+    Fill();
+    const auto table = Opened(u"Items", CursorKind::Keyset, LockKind::Optimistic);
+    table->AddNew();
+    table->SetField(u"KeyString", Text(u"IN_8"));
+    table->Update();
+    Text sKeys;
+    for (table->MoveFirst(); !table->Eof(); table->MoveNext())
+        sKeys += std::get<Text>(table->Field(u"KeyString")) + u',';
+    EXPECT_EQ(sKeys, u"IN_1,IN_2,FlagText1,IN_8,");
+}
+
+TEST_P(DatabaseEngineContract, ChangedRowsKeepTheirPlaceAndTheirOtherValues) {
+    Fill();
+    const auto rows = Opened(u"SELECT * FROM Items ORDER BY Key_id");
+    rows->MoveNext();
+    rows->SetField(u"KeyString", Text(u"IN_7"));
+    rows->Update();
+    Text sRows;
+    for (rows->MoveFirst(); !rows->Eof(); rows->MoveNext())
+        sRows += std::get<Text>(rows->Field(u"Module")) + u':' +
+                 std::get<Text>(rows->Field(u"KeyString")) + u',';
+    EXPECT_EQ(sRows, u"IO:IN_1,IO:IN_7,Flag:FlagText1,");
+}
+
 TEST_P(DatabaseEngineContract, AnAddedRowCanBeChanged) {
     const auto table = Opened(u"Items");
     table->AddNew();
