@@ -77,11 +77,16 @@ def old_name(dice):
 
 
 class Programmer:
-    """Writes the blocks of one program; `signals` is the highest number of a signal."""
+    """Writes the blocks of one program.
 
-    def __init__(self, dice, signals):
+    `signals` is the highest number of a signal, `motions` the share of motions, where all the
+    other blocks have 85.
+    """
+
+    def __init__(self, dice, signals, motions):
         self.dice = dice
         self.signals = signals
+        self.motions = motions
         self.point = 0
 
     def number(self):
@@ -181,7 +186,7 @@ class Programmer:
     def block(self):
         kinds = (self.out, self.pulse, self.syn_out, self.syn_pulse, self.wait_in, self.wait_out,
                  self.wait, self.analogue, self.own_fold, self.motion, self.note)
-        shares = (20, 6, 6, 4, 12, 4, 14, 8, 5, 15, 6)
+        shares = (20, 6, 6, 4, 12, 4, 14, 8, 5, self.motions, 6)
         return self.dice.weighted(kinds, shares)()
 
     def laid_out(self, lines):
@@ -196,11 +201,11 @@ def program_name(dice, index):
     return f"{dice.of(STEPS)}_{index:03}"
 
 
-def program(seed, index, shortest, longest, signals):
+def program(seed, index, shortest, longest, signals, motions):
     """The name of the program with this number, and its lines."""
     dice = Dice(f"{seed}/{index}")
     name = program_name(dice, index)
-    programmer = Programmer(dice, signals)
+    programmer = Programmer(dice, signals, motions)
     lines = [f"DEF {name}()", f"; Zelle 7, Schritt {index}: geprüft und übergeben", "INT STEP"]
     length = dice.among(shortest, longest)
     while len(lines) < length - 4:
@@ -284,6 +289,8 @@ def parse_arguments():
                         help="lines of a program (default: 20-60)")
     parser.add_argument("--names", type=positive, default=40, metavar="N",
                         help="the signals of each class are numbered from 1 to N (default: 40)")
+    parser.add_argument("--motions", type=positive, default=15, metavar="N",
+                        help="so many motions to 85 other blocks (default: 15)")
     parser.add_argument("--seed", type=int, default=7, help="other programs (default: 7)")
     parser.add_argument("--output", type=Path, default=Path("programs"), metavar="DIR",
                         help="the programs' folder, made if it is missing (default: programs)")
@@ -299,7 +306,8 @@ def main():
         return
     options.output.mkdir(parents=True, exist_ok=True)
     for index in range(1, options.count + 1):
-        name, lines = program(options.seed, index, *options.lines, options.names)
+        name, lines = program(options.seed, index, *options.lines, options.names,
+                              options.motions)
         write(options.output / f"{name}.src", lines)
 
 

@@ -93,6 +93,7 @@ std::int32_t FindKeyId(TextView sModule, TextView sKey, Connection* connection) 
     try {
         const OpenRecordset items(FindStatement(sModule, sKey), connection, CursorKind::Keyset,
                                   LockKind::Optimistic);
+        if (items->Eof()) return 0;
         const std::int32_t nKeyId = ToKeyId(items->Field(u"Key_Id"));
         items->Close();
         return nKeyId;
@@ -105,6 +106,7 @@ bool ReadMessageString(std::int32_t nKeyId, Text& sText, Connection* connection)
     try {
         const OpenRecordset messages(ReadStatement(nKeyId), connection, CursorKind::Keyset,
                                      LockKind::Pessimistic);
+        if (messages->Eof()) return false;
         sText = ToText(messages->Field(u"String"));
         messages->Close();
         return true;

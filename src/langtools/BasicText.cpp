@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "langtools/Ascii.h"
 #include "langtools/CodePage.h"
 #include "langtools/RuntimeError.h"
 
@@ -65,18 +66,12 @@ char16_t WithinPage(char16_t c, std::optional<char16_t> counterpart) {
     return counterpart && SystemCodePage().Holds(*counterpart) ? *counterpart : c;
 }
 
-bool SameNoCase(char16_t a, char16_t b) {
-    return a == b || UCase(a) == UCase(b);
+char16_t AsciiUCase(char16_t c) {
+    return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 0x20) : c;
 }
 
-template <typename Same>
-std::int32_t Find(std::int64_t nStart, TextView sText, TextView sWhat, Same same) {
-    const std::size_t nFrom = PositionArgument(nStart);
-    if (sText.empty() || nFrom >= sText.size()) return 0;
-    const auto hit = std::search(sText.begin() + static_cast<std::ptrdiff_t>(nFrom), sText.end(),
-                                 sWhat.begin(), sWhat.end(), same);
-    if (hit == sText.end() && !sWhat.empty()) return 0;
-    return static_cast<std::int32_t>(hit - sText.begin() + 1);
+bool SameNoCase(char16_t a, char16_t b) {
+    return a == b || UCase(a) == UCase(b);
 }
 
 }  // namespace
@@ -111,7 +106,19 @@ std::int32_t InStr(TextView sText, TextView sWhat) {
 }
 
 std::int32_t InStrNoCase(std::int64_t nStart, TextView sText, TextView sWhat) {
-    return Find(nStart, sText, sWhat, SameNoCase);
+    const std::size_t nFrom = PositionArgument(nStart);
+    if (nFrom >= sText.size()) return 0;
+    if (sWhat.empty()) return static_cast<std::int32_t>(nFrom + 1);
+    const char16_t cUpper = UCase(sWhat[0]);
+    const char16_t cLower = LCase(sWhat[0]);
+    for (std::size_t n = nFrom; n + sWhat.size() <= sText.size(); ++n) {
+        const char16_t c = sText[n];
+        // Most places fall out by their first character; beyond ASCII, cases don't come in pairs.
+        if (c < 0x80 && c != cUpper && c != cLower) continue;
+        if (EqualNoCase(sText.substr(n, sWhat.size()), sWhat))
+            return static_cast<std::int32_t>(n + 1);
+    }
+    return 0;
 }
 
 TextView LTrim(TextView sText) {
@@ -128,8 +135,7 @@ TextView Trim(TextView sText) {
 }
 
 char16_t UCase(char16_t c) {
-    if (c < 0x80) return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 0x20) : c;
-    return WithinPage(c, CapitalOf(c));
+    return c < 0x80 ? AsciiUCase(c) : WithinPage(c, CapitalOf(c));
 }
 
 char16_t LCase(char16_t c) {
@@ -139,8 +145,13 @@ char16_t LCase(char16_t c) {
 
 Text UCase(TextView sText) {
     Text sUpper(sText);
-    for (char16_t& c : sUpper)
-        c = UCase(c);
+    if (AsciiLength(sText) == sText.size()) {
+        for (char16_t& c : sUpper)
+            c = AsciiUCase(c);
+    } else {
+        for (char16_t& c : sUpper)
+            c = UCase(c);
+    }
     return sUpper;
 }
 

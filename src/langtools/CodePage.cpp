@@ -51,6 +51,7 @@ SingleBytePage::SingleBytePage(int nNumber, const Table& table)
 }
 
 Text SingleBytePage::Decode(std::string_view bytes) const {
+    if (m_bHoldsAscii && AsciiLength(bytes) == bytes.size()) return {bytes.begin(), bytes.end()};
     Text sText(bytes.size(), u'\0');
     for (std::size_t n = 0; n < bytes.size(); ++n) {
         sText[n] = m_table[static_cast<unsigned char>(bytes[n])];

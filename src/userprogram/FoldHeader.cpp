@@ -195,7 +195,9 @@ void ReportInvalidSign(TextView sKey, TextView sText) {
 }  // namespace
 
 void RewriteFoldLine() {
-    const Text sUpper = UCase(Trim(g_sLine));
+    const TextView sTrimmed = Trim(g_sLine);
+    if (!sTrimmed.starts_with(u';')) return;  // most lines
+    const Text sUpper = UCase(sTrimmed);
     if (!Matches(sUpper, u";FOLD *")) return;
     for (const FoldForm& form : kForms) {
         if (Matches(sUpper, form.sPattern)) return form.work(form);

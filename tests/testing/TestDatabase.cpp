@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 #include "adapters/sqlite/StoreSchema.h"
 #include "adapters/sqlite/Utf8.h"
@@ -53,8 +54,9 @@ fs::path MakeFolder(const fs::path& parent) {
 
 }  // namespace
 
-TestDatabase::TestDatabase(const fs::path& parent)
-    : m_folder(MakeFolder(parent)), m_engine([this](TextView sPath) { return FileOf(sPath); }) {
+TestDatabase::TestDatabase(const fs::path& parent, sqlite::Clock clock)
+    : m_folder(MakeFolder(parent)),
+      m_engine([this](TextView sPath) { return FileOf(sPath); }, std::move(clock)) {
     sqlite::CreateStore(Path());
     SetDatabaseEngine(&m_engine);
 }

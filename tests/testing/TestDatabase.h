@@ -15,8 +15,10 @@ class TestDatabase {
     // Makes the folder with an empty store in it and installs the engine. A database path of the
     // program means the file of the same name, in lower case, in the folder, so that
     // C:\tqx\data\orvo_con.mdb is the store; the catalogue and the compaction's file don't exist
-    // yet. The folder is made below `parent`, or in memory if that is empty.
-    explicit TestDatabase(const std::filesystem::path& parent = {});
+    // yet. The folder is made below `parent`, or in memory if that is empty. `clock` is the
+    // engine's.
+    explicit TestDatabase(const std::filesystem::path& parent = {},
+                          sqlite::Clock clock = sqlite::SystemTime);
     // Closes the shared connection and removes engine and folder.
     ~TestDatabase();
     TestDatabase(const TestDatabase&) = delete;

@@ -2,9 +2,7 @@
 
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <cstring>
-#include <system_error>
 #include <utility>
 
 #include "adapters/sqlite/Failure.h"
@@ -16,9 +14,6 @@ namespace {
 // don't wait until one has succeeded: a pass over thousands of lines must not take hours against a
 // file that stays locked.
 constexpr int kPatienceMilliseconds = 1000;
-
-// In bytes; SQLite takes some shorter files for new, empty databases.
-constexpr off_t kSmallestPage = 512;
 
 constexpr mode_t kAnyoneWrites = S_IWUSR | S_IWGRP | S_IWOTH;
 
@@ -50,14 +45,6 @@ bool IsBlank(std::string_view sText) {
 
 }  // namespace
 
-FileIdentity IdentifyFile(const std::filesystem::path& path) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0) RaiseFailure(std::generic_category().message(errno));
-    if (!S_ISREG(status.st_mode) || status.st_size < kSmallestPage)
-        RaiseFailure("file is not a database");
-    return {status.st_dev, status.st_ino, status.st_mode, status.st_uid, status.st_gid};
-}
-
 Database::Database(std::filesystem::path path, const FileIdentity& identity)
     : m_path(std::move(path)), m_identity(identity) {
     if (sqlite3_open_v2(m_path.c_str(), &m_handle, OpenFlags(identity), nullptr) != SQLITE_OK) {
@@ -75,10 +62,46 @@ Database::~Database() {
     sqlite3_close(m_handle);
 }
 
-void Database::CheckReadable() {
+bool Database::IsAsRemembered(const FileState& state) const {
+    return m_rememberedState == state && !IsBeingWritten();
+}
+
+void Database::CheckReadable(const FileState& state, std::chrono::nanoseconds now) {
+    if (IsAsRemembered(state)) return;
+    Forget();
+    ReadSchema();
+    // A write-ahead log takes changes that the file doesn't show.
+    if (state.IsQuiet(now) && !IsWriteAhead()) m_rememberedState = state;
+}
+
+void Database::ReadSchema() {
     sqlite3_stmt* statement = PrepareOnce("SELECT 1 FROM sqlite_schema LIMIT 1");
     const StatementUse use(statement);
     Step(statement);
+}
+
+// Whoever writes a file that is at rest locks it for that first, and others can't read it from
+// then on until it is done or given up.
+bool Database::IsBeingWritten() const {
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(m_handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    int nReserved = 0;
+    const int nResult = file->pMethods->xCheckReservedLock(file, &nReserved);
+    return nResult != SQLITE_OK || nReserved != 0;
+}
+
+void Database::Forget() {
+    m_rememberedState.reset();
+    m_remembered.Clear();
+}
+
+std::shared_ptr<const ResultSet> Database::Recall(const std::string& sSql, bool bWritable) const {
+    return m_rememberedState ? m_remembered.Find(sSql, bWritable) : nullptr;
+}
+
+void Database::Remember(const std::string& sSql, bool bWritable,
+                        std::shared_ptr<const ResultSet> result) {
+    if (m_rememberedState) m_remembered.Keep(sSql, bWritable, std::move(result));
 }
 
 StatementPtr Database::Prepare(std::string_view sSql) {
@@ -117,6 +140,7 @@ bool Database::StepRaw(sqlite3_stmt* statement) {
 }
 
 void Database::BeginTransaction() {
+    Forget();
     PrepareToWrite();
     const bool bReadOnly = sqlite3_db_readonly(m_handle, "main") != 0;
     RunOrRaise(bReadOnly ? "BEGIN" : "BEGIN IMMEDIATE");
@@ -133,6 +157,7 @@ void Database::RollbackTransaction() {
 bool Database::Rest() {
     if (sqlite3_get_autocommit(m_handle) == 0) Run("ROLLBACK");
     m_bJournalChosen = false;
+    if (m_rememberedState) return true;  // it was at rest, and nothing has been written since
     if (!IsWriteAhead()) return true;
     SetWaiting(0);
     Run("PRAGMA synchronous=FULL; PRAGMA journal_mode=DELETE");
@@ -172,6 +197,7 @@ void Database::SetPatience(int nResult) {
 }
 
 void Database::PrepareToWrite() {
+    Forget();
     if (m_bJournalChosen || sqlite3_get_autocommit(m_handle) == 0) return;
     m_bJournalChosen = true;
     SetWaiting(0);

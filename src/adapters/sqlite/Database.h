@@ -8,30 +8,19 @@
 #pragma once
 
 #include <sqlite3.h>
-#include <sys/types.h>
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 
+#include "adapters/sqlite/FileState.h"
+#include "adapters/sqlite/RememberedResults.h"
+
 namespace nomira::sqlite {
-
-// Which file stood at a path, and with which rights.
-struct FileIdentity {
-    dev_t nDevice;
-    ino_t nInode;
-    mode_t nMode;
-    uid_t nOwner;
-    gid_t nGroup;
-
-    bool operator==(const FileIdentity&) const = default;
-};
-
-// Raises EngineFailure unless a file stands there that is long enough for a database: SQLite would
-// take an empty one for a new database.
-FileIdentity IdentifyFile(const std::filesystem::path& path);
 
 struct FinalizeStatement {
     void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
@@ -55,7 +44,7 @@ class StatementUse {
 
 class Database {
   public:
-    // Opens the existing file that was identified at the path, for reading only if nobody may
+    // Opens the existing file that was looked at at the path, for reading only if nobody may
     // write it. Doesn't look into it; CheckReadable does. Raises EngineFailure.
     Database(std::filesystem::path path, const FileIdentity& identity);
     ~Database();
@@ -66,8 +55,12 @@ class Database {
     const FileIdentity& Identity() const { return m_identity; }
     sqlite3* Handle() const { return m_handle; }
 
-    // Raises EngineFailure if the file is no database, or somebody else keeps it to himself.
-    void CheckReadable();
+    // Whether the file, which stands so now, is the one that was last read, unchanged and free.
+    bool IsAsRemembered(const FileState& state) const;
+    // To be called ahead of each use, with the file as it stands now. Raises EngineFailure if it is
+    // no database, or somebody else keeps it to himself. What was remembered is good no longer if
+    // the file has changed.
+    void CheckReadable(const FileState& state, std::chrono::nanoseconds now);
     // Whether somebody else holds the file, as far as the statements up to now could see.
     bool WasBusy() const { return !m_bPatient; }
 
@@ -75,6 +68,11 @@ class Database {
     StatementPtr Prepare(std::string_view sSql);
     // The same, kept for the next time; for texts without values in them. Good until the next call.
     sqlite3_stmt* PrepareOnce(const std::string& sSql);
+
+    // What a query gave when it was last run, if nobody has changed the file since: nullptr if it
+    // hasn't been run, or that can't be told.
+    std::shared_ptr<const ResultSet> Recall(const std::string& sSql, bool bWritable) const;
+    void Remember(const std::string& sSql, bool bWritable, std::shared_ptr<const ResultSet> result);
 
     // Runs a statement on to its next row, and false behind the last one. Raises EngineFailure.
     bool Step(sqlite3_stmt* statement);
@@ -100,6 +98,9 @@ class Database {
     bool StepRaw(sqlite3_stmt* statement);
     void PrepareToWrite();
     bool IsWriteAhead();
+    bool IsBeingWritten() const;
+    void ReadSchema();
+    void Forget();
 
     std::filesystem::path m_path;
     FileIdentity m_identity;
@@ -108,6 +109,9 @@ class Database {
     StatementPtr m_journalMode;
     bool m_bPatient = true;
     bool m_bJournalChosen = false;
+    // As the file stood when what is remembered was read; nullopt while nothing may be.
+    std::optional<FileState> m_rememberedState;
+    RememberedResults m_remembered;
 };
 
 }  // namespace nomira::sqlite

@@ -10,16 +10,22 @@ namespace {
 
 // The long texts, the catalogue, and two more for whatever a test or a tool opens.
 constexpr std::size_t kMostKept = 4;
+// Paths of the program: it has two.
+constexpr std::size_t kMostResolved = 64;
 
 }  // namespace
 
-std::unique_ptr<Database> DatabasePool::Take(const std::filesystem::path& path) {
+std::unique_ptr<Database> DatabasePool::Take(TextView sPath) {
+    if (auto unchanged = TakeUnchanged(sPath)) return unchanged;
+    const std::filesystem::path path = m_resolvePath(sPath);
+    if (m_resolved.size() >= kMostResolved) m_resolved.clear();
+    m_resolved.insert_or_assign(Text(sPath), path);
     std::unique_ptr<Database> database = TakeKept(path);
-    const FileIdentity identity = IdentifyFile(path);
-    if (!database || database->Identity() != identity)
-        database = std::make_unique<Database>(path, identity);
+    const FileState state = LookAtFile(path);
+    if (!database || database->Identity() != state.identity)
+        database = std::make_unique<Database>(path, state.identity);
     try {
-        database->CheckReadable();
+        database->CheckReadable(state, m_clock());
     } catch (const RuntimeError&) {
         // Kept, so that the next try on this file doesn't wait for the lock in vain once more.
         if (database->WasBusy()) Keep(std::move(database));
@@ -32,8 +38,15 @@ void DatabasePool::GiveBack(std::unique_ptr<Database> database) {
     if (database->Rest()) Keep(std::move(database));
 }
 
-void DatabasePool::Forget(const std::filesystem::path& path) {
-    TakeKept(path).reset();
+std::unique_ptr<Database> DatabasePool::TakeUnchanged(TextView sPath) {
+    const auto resolved = m_resolved.find(Text(sPath));
+    if (resolved == m_resolved.end()) return nullptr;
+    std::unique_ptr<Database> database = TakeKept(resolved->second);
+    if (!database) return nullptr;
+    const auto state = TryLookAtFile(database->Path());
+    if (state && database->IsAsRemembered(*state)) return database;
+    Keep(std::move(database));
+    return nullptr;
 }
 
 std::unique_ptr<Database> DatabasePool::TakeKept(const std::filesystem::path& path) {
@@ -46,7 +59,7 @@ std::unique_ptr<Database> DatabasePool::TakeKept(const std::filesystem::path& pa
 }
 
 void DatabasePool::Keep(std::unique_ptr<Database> database) {
-    Forget(database->Path());
+    TakeKept(database->Path()).reset();
     if (m_kept.size() == kMostKept) m_kept.erase(m_kept.begin());
     m_kept.push_back(std::move(database));
 }

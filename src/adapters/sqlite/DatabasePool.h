@@ -3,30 +3,44 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "adapters/sqlite/Database.h"
+#include "langtools/Text.h"
 
 namespace nomira::sqlite {
 
+// The file that a path of the program means on this machine.
+using ResolvePath = std::function<std::filesystem::path(TextView)>;
+
 class DatabasePool {
   public:
-    // A handle on the file that stands at the path now, looked at anew in any case: a file that
-    // was deleted, replaced, damaged or locked meanwhile is seen. Raises EngineFailure.
-    std::unique_ptr<Database> Take(const std::filesystem::path& path);
+    DatabasePool(ResolvePath resolvePath, Clock clock)
+        : m_resolvePath(std::move(resolvePath)), m_clock(std::move(clock)) {}
+
+    // A handle on the file that a path of the program means now, looked at anew in any case: a file
+    // that was deleted, replaced, damaged or locked meanwhile is seen. Raises EngineFailure.
+    std::unique_ptr<Database> Take(TextView sPath);
 
     // Puts the database to rest and keeps its handle; closes it where that can't be.
     void GiveBack(std::unique_ptr<Database> database);
 
-    // Closes what is kept for the path.
-    void Forget(const std::filesystem::path& path);
-
   private:
+    // Out of what is kept, for the file; nullptr if there is none.
     std::unique_ptr<Database> TakeKept(const std::filesystem::path& path);
+    // For the path of the program, if the file stands as it did when it was last read. The path
+    // isn't resolved anew then.
+    std::unique_ptr<Database> TakeUnchanged(TextView sPath);
     void Keep(std::unique_ptr<Database> database);
 
-    std::vector<std::unique_ptr<Database>> m_kept;  // one per path, the oldest first
+    ResolvePath m_resolvePath;
+    Clock m_clock;
+    std::vector<std::unique_ptr<Database>> m_kept;               // one per file, the oldest first
+    std::unordered_map<Text, std::filesystem::path> m_resolved;  // as each was last resolved
 };
 
 }  // namespace nomira::sqlite

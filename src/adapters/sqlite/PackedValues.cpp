@@ -7,6 +7,8 @@
 namespace nomira::sqlite {
 namespace {
 
+// A single row's texts mostly fit into the first one.
+constexpr std::size_t kFirstBlockBytes = 256;
 constexpr std::size_t kBlockBytes = std::size_t{32} * 1024;
 
 }  // namespace
@@ -37,8 +39,11 @@ void PackedValues::Append(sqlite3_stmt* statement, int nColumn) {
 }
 
 const char* PackedValues::Keep(std::string_view sBytes) {
-    if (m_blocks.empty() || m_blocks.back().capacity() - m_blocks.back().size() < sBytes.size())
-        m_blocks.emplace_back().reserve(std::max(kBlockBytes, sBytes.size()));
+    m_nBytes += sBytes.size();
+    if (m_blocks.empty() || m_blocks.back().capacity() - m_blocks.back().size() < sBytes.size()) {
+        const std::size_t nBlock = m_blocks.empty() ? kFirstBlockBytes : kBlockBytes;
+        m_blocks.emplace_back().reserve(std::max(nBlock, sBytes.size()));
+    }
     std::string& block = m_blocks.back();
     const std::size_t nFrom = block.size();
     block += sBytes;

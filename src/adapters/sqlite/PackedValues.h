@@ -21,6 +21,8 @@ class PackedValues {
     PackedValues& operator=(PackedValues&&) = default;
 
     std::size_t Count() const { return m_cells.size(); }
+    // Of all texts together.
+    std::size_t Bytes() const { return m_nBytes; }
     // Appends a column of the statement's current row.
     void Append(sqlite3_stmt* statement, int nColumn);
     FieldValue Get(std::size_t nIndex) const;
@@ -42,6 +44,7 @@ class PackedValues {
     const char* Keep(std::string_view sBytes);
 
     std::vector<Cell> m_cells;
+    std::size_t m_nBytes = 0;
     std::vector<std::string> m_blocks;  // filled within what they have reserved, so that they stay
 };
 

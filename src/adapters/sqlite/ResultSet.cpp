@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "adapters/sqlite/Database.h"
 #include "adapters/sqlite/Failure.h"
 #include "adapters/sqlite/Utf8.h"
 #include "langtools/RuntimeError.h"
@@ -76,10 +77,10 @@ void PackRow(sqlite3_stmt* statement, int nFirst, PackedValues& packed) {
         packed.Append(statement, nColumn);
 }
 
-void ReadRows(Database& database, sqlite3_stmt* statement, int nFirst, ResultRows& rows) {
-    for (; database.Step(statement); ++rows.nRead) {
-        if (nFirst == 1) rows.readIds.push_back(sqlite3_column_int64(statement, 0));
-        PackRow(statement, nFirst, rows.packed);
+void ReadRows(Database& database, sqlite3_stmt* statement, int nFirst, ResultSet& result) {
+    for (; database.Step(statement); ++result.nRead) {
+        if (nFirst == 1) result.readIds.push_back(sqlite3_column_int64(statement, 0));
+        PackRow(statement, nFirst, result.packed);
     }
 }
 
@@ -122,6 +123,13 @@ std::string SelectTable(std::string_view sTable, bool bWritable) {
            Quoted(sTable);
 }
 
+std::shared_ptr<ResultSet> Describe(sqlite3_stmt* statement, bool bWritable) {
+    const auto result = std::make_shared<ResultSet>();
+    result->columns = ReadColumns(statement, bWritable ? 1 : 0);
+    if (bWritable) result->sTable = OrEmpty(sqlite3_column_table_name(statement, 0));
+    return result;
+}
+
 std::string InsertText(const std::string& sTable, const std::vector<Assignment>& assignments) {
     const std::string sInsert = "INSERT INTO " + Quoted(sTable);
     if (assignments.empty()) return sInsert + " DEFAULT VALUES";
@@ -146,31 +154,34 @@ std::string ReadRowText(const ResultSet& result) {
 
 }  // namespace
 
-std::optional<ResultSet> ReadQuery(Database& database, std::string_view sSql, bool bWritable) {
+std::shared_ptr<const ResultSet> ReadQuery(Database& database, const std::string& sSql,
+                                           bool bWritable) {
+    if (auto remembered = database.Recall(sSql, bWritable)) return remembered;
     StatementPtr statement = bWritable ? PrepareWithRowId(database, sSql) : nullptr;
     const int nFirst = statement ? 1 : 0;
     if (!statement) statement = database.Prepare(sSql);
 
-    ResultSet result;
-    result.columns = ReadColumns(statement.get(), nFirst);
-    if (nFirst == 1) result.sTable = OrEmpty(sqlite3_column_table_name(statement.get(), 0));
-    ReadRows(database, statement.get(), nFirst, result.rows);
-    if (result.columns.empty()) return std::nullopt;
+    const auto result = std::make_shared<ResultSet>();
+    result->columns = ReadColumns(statement.get(), nFirst);
+    if (nFirst == 1) result->sTable = OrEmpty(sqlite3_column_table_name(statement.get(), 0));
+    ReadRows(database, statement.get(), nFirst, *result);
+    if (result->columns.empty()) return nullptr;
+    database.Remember(sSql, bWritable, result);
     return result;
 }
 
-ResultSet DescribeTable(Database& database, std::string_view sTable, bool bWritable) {
-    sqlite3_stmt* statement = database.PrepareOnce(SelectTable(sTable, bWritable));
-    ResultSet result;
-    result.columns = ReadColumns(statement, bWritable ? 1 : 0);
-    if (bWritable) result.sTable = OrEmpty(sqlite3_column_table_name(statement, 0));
-    return result;
+std::shared_ptr<const ResultSet> DescribeTable(Database& database, std::string_view sTable,
+                                               bool bWritable) {
+    return Describe(database.PrepareOnce(SelectTable(sTable, bWritable)), bWritable);
 }
 
-void ReadTable(Database& database, std::string_view sTable, bool bWritable, ResultSet& result) {
+std::shared_ptr<const ResultSet> ReadTable(Database& database, std::string_view sTable,
+                                           bool bWritable) {
     sqlite3_stmt* statement = database.PrepareOnce(SelectTable(sTable, bWritable));
     const StatementUse use(statement);
-    ReadRows(database, statement, bWritable ? 1 : 0, result.rows);
+    const auto result = Describe(statement, bWritable);
+    ReadRows(database, statement, bWritable ? 1 : 0, *result);
+    return result;
 }
 
 std::int64_t InsertRow(Database& database, const std::string& sTable,

@@ -2,17 +2,17 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
-#include "adapters/sqlite/Database.h"
 #include "adapters/sqlite/PackedValues.h"
 #include "database/DatabaseEngine.h"
 
 namespace nomira::sqlite {
+
+class Database;
 
 struct ResultColumn {
     Text sName;
@@ -21,40 +21,28 @@ struct ResultColumn {
     std::string sOrigin;
 };
 
-// A row that was added or changed through the recordset.
-struct WrittenRow {
-    std::int64_t nRowId;
-    std::vector<FieldValue> values;  // empty until somebody asks for them
-};
-
-// The rows of a result, from 0 up: first those that were read, then those that were added.
-struct ResultRows {
-    std::size_t Count() const { return nRead + nAdded; }
-
+// The rows that were read, from 0 up; several recordsets may share them.
+struct ResultSet {
+    std::vector<ResultColumn> columns;
     std::size_t nRead = 0;
     PackedValues packed;                // their values, row by row
     std::vector<std::int64_t> readIds;  // only in a result that can be written
-    std::size_t nAdded = 0;
-    // All that were added, and those read ones that were changed, by their place.
-    std::unordered_map<std::size_t, WrittenRow> written;
-};
-
-struct ResultSet {
-    std::vector<ResultColumn> columns;
-    ResultRows rows;
     // The one table whose rows these are, and can be written; empty if there is no such table.
     std::string sTable;
 };
 
-// Reads a query's rows whole; nullopt for a statement that gives none, which has then been run.
+// Reads a query's rows whole; nullptr for a statement that gives none, which has then been run.
 // With `bWritable` the rows of one table come with what it takes to change them, as far as the
 // query lets them be told apart (not in a join or a union). Raises EngineFailure.
-std::optional<ResultSet> ReadQuery(Database& database, std::string_view sSql, bool bWritable);
+std::shared_ptr<const ResultSet> ReadQuery(Database& database, const std::string& sSql,
+                                           bool bWritable);
 
 // A table's columns, its rows not read yet. Raises EngineFailure if there is no such table.
-ResultSet DescribeTable(Database& database, std::string_view sTable, bool bWritable);
-// Reads a table's rows, in the database's order, into the result that describes it.
-void ReadTable(Database& database, std::string_view sTable, bool bWritable, ResultSet& result);
+std::shared_ptr<const ResultSet> DescribeTable(Database& database, std::string_view sTable,
+                                               bool bWritable);
+// The same with its rows, in the database's order.
+std::shared_ptr<const ResultSet> ReadTable(Database& database, std::string_view sTable,
+                                           bool bWritable);
 
 // A column and the value it shall have.
 struct Assignment {

@@ -24,8 +24,7 @@ void Session::End() {
         database->Rest();
 }
 
-SqliteConnection::SqliteConnection(ResolvePath resolvePath, std::weak_ptr<DatabasePool> pool)
-    : m_resolvePath(std::move(resolvePath)), m_pool(std::move(pool)) {}
+SqliteConnection::SqliteConnection(std::weak_ptr<DatabasePool> pool) : m_pool(std::move(pool)) {}
 
 SqliteConnection::~SqliteConnection() {
     if (m_session) m_session->End();
@@ -45,7 +44,7 @@ void SqliteConnection::Open(TextView sText, TextView /*sUser*/, TextView /*sPass
     if (sPath.empty()) RaiseFailure("the connection text names no file");
     const auto pool = m_pool.lock();
     if (!pool) RaiseFailure("the database engine is gone");
-    m_session = std::make_shared<Session>(pool->Take(m_resolvePath(sPath)), m_pool);
+    m_session = std::make_shared<Session>(pool->Take(sPath), m_pool);
 }
 
 std::int32_t SqliteConnection::State() const {

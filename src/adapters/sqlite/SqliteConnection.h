@@ -1,16 +1,12 @@
 // A connection of the data-access layer on a SQLite file.
 #pragma once
 
-#include <filesystem>
-#include <functional>
 #include <memory>
 
 #include "adapters/sqlite/DatabasePool.h"
 #include "database/DatabaseEngine.h"
 
 namespace nomira::sqlite {
-
-using ResolvePath = std::function<std::filesystem::path(TextView)>;
 
 // The database of an open connection. Recordsets know it longer than it lives: it ends with the
 // connection's Close, and so do they. They ask for it at every turn, so that asking is one look at
@@ -34,7 +30,7 @@ class Session {
 
 class SqliteConnection : public Connection {
   public:
-    SqliteConnection(ResolvePath resolvePath, std::weak_ptr<DatabasePool> pool);
+    explicit SqliteConnection(std::weak_ptr<DatabasePool> pool);
     ~SqliteConnection() override;
 
     // One provider serves all; the text is not looked at.
@@ -55,7 +51,6 @@ class SqliteConnection : public Connection {
     const std::shared_ptr<Session>& OpenSession() const;
 
   private:
-    ResolvePath m_resolvePath;
     std::weak_ptr<DatabasePool> m_pool;
     Text m_sConnectionText;
     std::shared_ptr<Session> m_session;

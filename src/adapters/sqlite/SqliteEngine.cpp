@@ -18,15 +18,23 @@ void SwitchStatisticsOff() {
     sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
 }
 
+// The path that a connection text names.
+TextView NamedPath(TextView sConnectionText) {
+    const TextView sPath = DatabasePath(sConnectionText);
+    if (sPath.empty()) RaiseFailure("the connection text names no file");
+    return sPath;
+}
+
 }  // namespace
 
-SqliteEngine::SqliteEngine(ResolvePath resolvePath)
-    : m_resolvePath(std::move(resolvePath)), m_pool(std::make_shared<DatabasePool>()) {
+SqliteEngine::SqliteEngine(ResolvePath resolvePath, Clock clock)
+    : m_resolvePath(std::move(resolvePath)),
+      m_pool(std::make_shared<DatabasePool>(m_resolvePath, std::move(clock))) {
     SwitchStatisticsOff();
 }
 
 std::unique_ptr<Connection> SqliteEngine::CreateConnection() {
-    return std::make_unique<SqliteConnection>(m_resolvePath, m_pool);
+    return std::make_unique<SqliteConnection>(m_pool);
 }
 
 std::unique_ptr<Recordset> SqliteEngine::CreateRecordset() {
@@ -34,20 +42,14 @@ std::unique_ptr<Recordset> SqliteEngine::CreateRecordset() {
 }
 
 void SqliteEngine::CompactDatabase(TextView sSource, TextView sDestination) {
-    const std::filesystem::path source = NamedFile(sSource);
-    const std::filesystem::path destination = NamedFile(sDestination);
+    const TextView sSourcePath = NamedPath(sSource);
+    const std::filesystem::path destination = m_resolvePath(NamedPath(sDestination));
     // Not given back to the pool: the caller is about to put the copy in the source's place.
-    const std::unique_ptr<Database> database = m_pool->Take(source);
+    const std::unique_ptr<Database> database = m_pool->Take(sSourcePath);
     if (!database->Rest()) RaiseFailure("the database is in use");
     NewFile copy(destination, database->Identity().nMode & kPermissionBits);
     database->CopyCompacted(destination);
     copy.Keep();
-}
-
-std::filesystem::path SqliteEngine::NamedFile(TextView sConnectionText) const {
-    const TextView sPath = DatabasePath(sConnectionText);
-    if (sPath.empty()) RaiseFailure("the connection text names no file");
-    return m_resolvePath(sPath);
 }
 
 }  // namespace nomira::sqlite

@@ -15,8 +15,9 @@ namespace nomira::sqlite {
 class SqliteEngine : public DatabaseEngine {
   public:
     // `resolvePath` finds the file that a path of the program, such as
-    // C:\tqx\data\orvo_con.mdb, means on this machine.
-    explicit SqliteEngine(ResolvePath resolvePath);
+    // C:\tqx\data\orvo_con.mdb, means on this machine. `clock` tells how long ago a file was
+    // changed.
+    explicit SqliteEngine(ResolvePath resolvePath, Clock clock = SystemTime);
 
     std::unique_ptr<Connection> CreateConnection() override;
     std::unique_ptr<Recordset> CreateRecordset() override;
@@ -25,8 +26,6 @@ class SqliteEngine : public DatabaseEngine {
     void CompactDatabase(TextView sSource, TextView sDestination) override;
 
   private:
-    std::filesystem::path NamedFile(TextView sConnectionText) const;
-
     ResolvePath m_resolvePath;
     std::shared_ptr<DatabasePool> m_pool;
 };

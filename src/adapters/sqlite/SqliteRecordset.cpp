@@ -42,15 +42,14 @@ void SqliteRecordset::Open(TextView sSource, Connection& connection, CursorKind 
 void SqliteRecordset::OpenTable(Database& database, TextView sTable, bool bWritable) {
     m_sUnreadTable = ToUtf8(sTable);
     m_result = DescribeTable(database, m_sUnreadTable, bWritable);
-    m_bWritable = !m_result.sTable.empty();
+    m_bWritable = !m_result->sTable.empty();
     m_bOpen = true;
 }
 
 void SqliteRecordset::OpenQuery(Database& database, TextView sSql, bool bWritable) {
-    std::optional<ResultSet> result = ReadQuery(database, ToUtf8(sSql), bWritable);
-    if (!result) return;
-    m_result = std::move(*result);
-    m_bWritable = !m_result.sTable.empty();
+    m_result = ReadQuery(database, ToUtf8(sSql), bWritable);
+    if (!m_result) return;
+    m_bWritable = !m_result->sTable.empty();
     m_bOpen = true;
 }
 
@@ -65,18 +64,18 @@ void SqliteRecordset::Close() {
 
 bool SqliteRecordset::Bof() const {
     ReadPendingRows();
-    return m_result.rows.Count() == 0 && !m_addedRow;
+    return RowCount() == 0 && !m_addedRow;
 }
 
 bool SqliteRecordset::Eof() const {
     ReadPendingRows();
-    return m_nRow >= m_result.rows.Count() && !m_addedRow;
+    return m_nRow >= RowCount() && !m_addedRow;
 }
 
 void SqliteRecordset::MoveFirst() {
     ReadPendingRows();
     DropEdit();
-    if (m_result.rows.Count() == 0) Raise(ErrorNumber::NoCurrentRecord);
+    if (RowCount() == 0) Raise(ErrorNumber::NoCurrentRecord);
     m_addedRow.reset();
     m_nRow = 0;
 }
@@ -86,7 +85,7 @@ void SqliteRecordset::MoveNext() {
     DropEdit();
     if (m_addedRow) {
         m_addedRow.reset();
-        m_nRow = m_result.rows.Count();
+        m_nRow = RowCount();
     } else {
         ++m_nRow;
     }
@@ -99,10 +98,10 @@ FieldValue SqliteRecordset::Field(TextView sName) {
     if (m_edit == Edit::Adding) return {};
     RequireCurrentRow();
     if (WrittenRow* row = CurrentWrittenRow()) {
-        if (row->values.empty()) row->values = ReadRow(database, m_result, row->nRowId);
+        if (row->values.empty()) row->values = ReadRow(database, *m_result, row->nRowId);
         return row->values[nColumn];
     }
-    return m_result.rows.packed.Get(m_nRow * m_result.columns.size() + nColumn);
+    return m_result->packed.Get(m_nRow * m_result->columns.size() + nColumn);
 }
 
 void SqliteRecordset::AddNew() {
@@ -115,7 +114,7 @@ void SqliteRecordset::AddNew() {
 void SqliteRecordset::SetField(TextView sName, const FieldValue& value) {
     TheDatabase();
     const std::size_t nColumn = ColumnIndex(sName);
-    const bool bOfTable = m_bWritable && m_result.columns[nColumn].sTable == m_result.sTable;
+    const bool bOfTable = m_bWritable && m_result->columns[nColumn].sTable == m_result->sTable;
     if (!bOfTable) Raise(ErrorNumber::UpdateNotAllowed);
     if (m_edit == Edit::None) {
         RequireCurrentRow();
@@ -135,26 +134,24 @@ void SqliteRecordset::Update() {
 }
 
 void SqliteRecordset::WriteNewRow(const std::vector<PendingField>& pending) {
-    const std::int64_t nRowId = InsertRow(TheDatabase(), m_result.sTable, Assignments(pending));
+    const std::int64_t nRowId = InsertRow(TheDatabase(), m_result->sTable, Assignments(pending));
     // Its values are read when asked for, as the database has them.
     m_addedRow = WrittenRow{nRowId, {}};
     if (!m_sUnreadTable.empty()) return;  // it will be read with the others
-    ResultRows& rows = m_result.rows;
-    rows.written.emplace(rows.Count(), *m_addedRow);
-    ++rows.nAdded;
+    m_written.emplace(RowCount(), *m_addedRow);
+    ++m_nAdded;
 }
 
 void SqliteRecordset::WriteCurrentRow(const std::vector<PendingField>& pending) {
     RequireCurrentRow();
-    ResultRows& rows = m_result.rows;
     WrittenRow* row = CurrentWrittenRow();
-    const std::int64_t nRowId = row ? row->nRowId : rows.readIds[m_nRow];
-    UpdateRow(TheDatabase(), m_result.sTable, nRowId, Assignments(pending));
+    const std::int64_t nRowId = row ? row->nRowId : m_result->readIds[m_nRow];
+    UpdateRow(TheDatabase(), m_result->sTable, nRowId, Assignments(pending));
     if (row && row->values.empty()) return;
     if (!row) {
-        const std::size_t nColumns = m_result.columns.size();
-        WrittenRow changed{nRowId, rows.packed.GetRange(m_nRow * nColumns, nColumns)};
-        row = &rows.written.emplace(m_nRow, std::move(changed)).first->second;
+        const std::size_t nColumns = m_result->columns.size();
+        WrittenRow changed{nRowId, m_result->packed.GetRange(m_nRow * nColumns, nColumns)};
+        row = &m_written.emplace(m_nRow, std::move(changed)).first->second;
     }
     for (const PendingField& field : pending)
         row->values[field.nColumn] = field.value;
@@ -168,24 +165,24 @@ Database& SqliteRecordset::TheDatabase() const {
 void SqliteRecordset::ReadPendingRows() const {
     Database& database = TheDatabase();
     if (m_sUnreadTable.empty()) return;
-    ReadTable(database, m_sUnreadTable, m_bWritable, m_result);
+    m_result = ReadTable(database, m_sUnreadTable, m_bWritable);
     m_sUnreadTable.clear();
 }
 
 void SqliteRecordset::RequireCurrentRow() const {
     if (m_addedRow) return;
     ReadPendingRows();
-    if (m_nRow >= m_result.rows.Count()) Raise(ErrorNumber::NoCurrentRecord);
+    if (m_nRow >= RowCount()) Raise(ErrorNumber::NoCurrentRecord);
 }
 
-WrittenRow* SqliteRecordset::CurrentWrittenRow() {
+SqliteRecordset::WrittenRow* SqliteRecordset::CurrentWrittenRow() {
     if (m_addedRow) return &*m_addedRow;
-    const auto found = m_result.rows.written.find(m_nRow);
-    return found == m_result.rows.written.end() ? nullptr : &found->second;
+    const auto found = m_written.find(m_nRow);
+    return found == m_written.end() ? nullptr : &found->second;
 }
 
 std::size_t SqliteRecordset::ColumnIndex(TextView sName) const {
-    const auto& columns = m_result.columns;
+    const auto& columns = m_result->columns;
     const auto found = std::find_if(columns.begin(), columns.end(), [&](const ResultColumn& c) {
         return Equal(c.sName, sName) || EqualNoCase(c.sName, sName);  // mostly written as they are
     });
@@ -210,7 +207,7 @@ std::vector<Assignment> SqliteRecordset::Assignments(
     std::vector<Assignment> assignments;
     assignments.reserve(pending.size());
     for (const PendingField& field : pending)
-        assignments.push_back({m_result.columns[field.nColumn].sOrigin, field.value});
+        assignments.push_back({m_result->columns[field.nColumn].sOrigin, field.value});
     return assignments;
 }
 

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <optional>
+#include <unordered_map>
 #include <vector>
 
 #include "adapters/sqlite/ResultSet.h"
@@ -42,11 +43,18 @@ class SqliteRecordset : public Recordset {
         FieldValue value;
     };
 
+    // A row that was added or changed through this recordset.
+    struct WrittenRow {
+        std::int64_t nRowId;
+        std::vector<FieldValue> values;  // empty until somebody asks for them
+    };
+
     void OpenTable(Database& database, TextView sTable, bool bWritable);
     void OpenQuery(Database& database, TextView sSql, bool bWritable);
     // Raises ObjectClosed.
     Database& TheDatabase() const;
     void ReadPendingRows() const;
+    std::size_t RowCount() const { return m_result->nRead + m_nAdded; }
     // Raises NoCurrentRecord.
     void RequireCurrentRow() const;
     // The current row, if it was added or changed; nullptr for one that is as it was read.
@@ -62,10 +70,13 @@ class SqliteRecordset : public Recordset {
     bool m_bOpen = false;
     std::shared_ptr<Session> m_session;  // there while m_bOpen
     // The rows of an opened table are read late, also by a question that changes nothing else.
-    mutable ResultSet m_result;
-    mutable std::string m_sUnreadTable;  // empty: the rows are there
+    mutable std::shared_ptr<const ResultSet> m_result;  // there while m_bOpen
+    mutable std::string m_sUnreadTable;                 // empty: the rows are there
     bool m_bWritable = false;
-    std::size_t m_nRow = 0;
+    std::size_t m_nRow = 0;  // first the rows that were read, then those that were added
+    std::size_t m_nAdded = 0;
+    // All rows that were added, and those read ones that were changed, by their place.
+    std::unordered_map<std::size_t, WrittenRow> m_written;
     std::optional<WrittenRow> m_addedRow;  // the current row, until the next move
     Edit m_edit = Edit::None;
     std::vector<PendingField> m_pending;

@@ -92,7 +92,8 @@ class SqliteEngineTest : public ::testing::Test {
         return !looker.Join();
     }
 
-    TestDatabase db;
+    std::chrono::nanoseconds m_ahead{0};  // of the system's clock
+    TestDatabase db{{}, [this] { return sqlite::SystemTime() + m_ahead; }};
 };
 
 // --- Which files it opens.
@@ -285,7 +286,22 @@ TEST_F(SqliteEngineTest, ARollbackJournalThatAKilledProcessLeftIsPlayedBack) {
 
 // --- Warm handles.
 
-TEST_F(SqliteEngineTest, ADeletedFileIsSeen) {
+// With a file that was changed just now, and with one that has been at rest for long, of which what
+// was read is remembered.
+class SqliteWarmHandleTest : public SqliteEngineTest, public ::testing::WithParamInterface<bool> {
+  protected:
+    SqliteWarmHandleTest() {
+        if (!GetParam()) return;
+        m_ahead = std::chrono::hours(1);
+        const timespec longAgo{1'000'000'000, 0};
+        const timespec times[2]{longAgo, longAgo};
+        ::utimensat(AT_FDCWD, db.Path().c_str(), times, 0);
+    }
+};
+INSTANTIATE_TEST_SUITE_P(FilesOf, SqliteWarmHandleTest, ::testing::Bool(),
+                         [](const auto& row) { return row.param ? "LongAgo" : "JustNow"; });
+
+TEST_P(SqliteWarmHandleTest, ADeletedFileIsSeen) {
     EXPECT_EQ(Read(u"IN_1"), u"<none>");
     db.RemoveFile();
     EXPECT_EQ(Read(u"IN_1"), u"<failed>");
@@ -295,7 +311,7 @@ TEST_F(SqliteEngineTest, ADeletedFileIsSeen) {
     EXPECT_EQ(Read(u"IN_1"), u"<none>");
 }
 
-TEST_F(SqliteEngineTest, AReplacedFileIsSeen) {
+TEST_P(SqliteWarmHandleTest, AReplacedFileIsSeen) {
     EXPECT_EQ(Read(u"IN_1"), u"<none>");
     const fs::path other = db.Folder() / "other";
     sqlite::CreateStore(other);
@@ -310,7 +326,7 @@ TEST_F(SqliteEngineTest, AReplacedFileIsSeen) {
     EXPECT_EQ(db.Query("SELECT String FROM Messages"), (Rows{{"mine"}}));
 }
 
-TEST_F(SqliteEngineTest, AFileThatWasOverwrittenInItsPlaceIsSeen) {
+TEST_P(SqliteWarmHandleTest, AFileThatWasOverwrittenInItsPlaceIsSeen) {
     EXPECT_EQ(Read(u"IN_1"), u"<none>");
     Write("no database any more, but as long as need be " + std::string(8192, 'x'));
     EXPECT_EQ(Read(u"IN_1"), u"<failed>");
@@ -318,7 +334,7 @@ TEST_F(SqliteEngineTest, AFileThatWasOverwrittenInItsPlaceIsSeen) {
     EXPECT_EQ(Read(u"IN_1"), u"<failed>");
 }
 
-TEST_F(SqliteEngineTest, ALockThatComesBetweenTwoLookUpsIsSeen) {
+TEST_P(SqliteWarmHandleTest, ALockThatComesBetweenTwoLookUpsIsSeen) {
     EXPECT_EQ(Read(u"IN_1"), u"<none>");
     {
         OutsideHandle handle(db.Path());
@@ -328,7 +344,7 @@ TEST_F(SqliteEngineTest, ALockThatComesBetweenTwoLookUpsIsSeen) {
     EXPECT_EQ(Read(u"IN_1"), u"<none>");
 }
 
-TEST_F(SqliteEngineTest, AnotherProcesssChangeIsSeen) {
+TEST_P(SqliteWarmHandleTest, AnotherProcesssChangeIsSeen) {
     ChildProcess writer([&](const ChildProcess::Line& line) {
         line.Hear();
         OpenDatabase(kLongTextDatabase);
@@ -340,6 +356,43 @@ TEST_F(SqliteEngineTest, AnotherProcesssChangeIsSeen) {
     writer.Say();
     ASSERT_EQ(writer.Hear(), '.');
     EXPECT_EQ(Read(u"IN_1"), u"from outside");
+}
+
+TEST_P(SqliteWarmHandleTest, AChangeOfOnesOwnIsSeen) {
+    EXPECT_EQ(Read(u"IN_1"), u"<none>");
+    ASSERT_TRUE(OpenDatabase(kLongTextDatabase));
+    Store(u"IN_1", u"a");
+    EXPECT_EQ(Read(u"IN_1"), u"a");
+    Store(u"IN_1", u"b");
+    EXPECT_EQ(Read(u"IN_1"), u"b");
+    CloseDatabase();
+    EXPECT_EQ(Read(u"IN_1"), u"b");
+}
+
+TEST_P(SqliteWarmHandleTest, AFileWhoseRightsWereTakenAwayIsReadOnlyFromThenOn) {
+    EXPECT_EQ(Read(u"IN_1"), u"<none>");
+    fs::permissions(db.Path(), fs::perms::owner_read);
+    ASSERT_TRUE(OpenDatabase(kLongTextDatabase));
+    EXPECT_FALSE(Store(u"IN_1", u"a") && Read(u"IN_1") == u"a");
+    CloseDatabase();
+}
+
+TEST_P(SqliteWarmHandleTest, ARowThatIsHeldByTwoStaysAsItWasForTheOther) {
+    db.Execute("INSERT INTO Items VALUES(1,'IO','IN_1')");
+    ASSERT_TRUE(OpenDatabase(kLongTextDatabase));
+    const auto open = [&] {
+        auto rows = db.Engine().CreateRecordset();
+        rows->Open(u"SELECT * FROM Items", *g_Connection, CursorKind::Keyset, LockKind::Optimistic,
+                   kOptionUnspecified);
+        return rows;
+    };
+    const auto first = open();
+    const auto second = open();
+    first->SetField(u"KeyString", Text(u"IN_2"));
+    first->Update();
+    EXPECT_EQ(std::get<Text>(first->Field(u"KeyString")), u"IN_2");
+    EXPECT_EQ(std::get<Text>(second->Field(u"KeyString")), u"IN_1");
+    EXPECT_EQ(std::get<Text>(open()->Field(u"KeyString")), u"IN_2");
 }
 
 TEST_F(SqliteEngineTest, AnotherHandlesChangeOfTheTablesIsSeen) {
