@@ -208,8 +208,9 @@ Text CutFoldComment(TextView sLine) {
     const std::int32_t nFold = InStr(sLine, u";");
     Text sVisible = nFold > 1 ? Text(Left(sLine, nFold)) : Text(u";");
     g_Parser().Parse(sLine, u";");
-    for (std::int16_t n = 1; n <= g_Parser().count(); ++n) {
-        const Text& sToken = g_Parser().Token(n);
+    const std::int16_t nParts = g_Parser().count();
+    for (std::int32_t n = 1; n <= nParts; ++n) {  // wider, for there may be 32,767
+        const Text& sToken = g_Parser().Token(static_cast<std::int16_t>(n));
         if (Trim(sToken).starts_with(u"%{")) break;
         sVisible.append(sToken).append(u";");
     }

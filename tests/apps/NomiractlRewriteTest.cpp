@@ -116,6 +116,19 @@ TEST_F(NomiractlRewriteTest, ARefusedNameIsAWarningWithItsLine) {
     EXPECT_TRUE(Contains(done.err, "OUT_9  two * three")) << done.err;
 }
 
+// The box comes first on such a line, then the failure; both belong to it and not to the next.
+TEST_F(NomiractlRewriteTest, ARefusedNameOnALineThatStopsTheRunBelongsToThatLine) {
+    Store("IN_1 two * three\r\n");
+    const std::string sBad =
+        m_run.Write("a.src", "\r\n;FOLD WAIT FOR ( IN 1 'old' ) AND ( OUT 7 'o[ld' ) ;%{PE}\r\n");
+    const std::string sGood = m_run.Write("b.src", kProgram);
+    const Outcome done = Rewrite({sBad, sGood});
+    EXPECT_EQ(done.exit, ExitCode::Refused);
+    EXPECT_TRUE(Contains(done.err, sBad + ":2: warning: Invalid sign in database: ")) << done.err;
+    EXPECT_TRUE(Contains(done.err, sBad + ":2: Invalid pattern string")) << done.err;
+    EXPECT_FALSE(Contains(done.err, sGood)) << done.err;
+}
+
 TEST_F(NomiractlRewriteTest, ReportsAsJson) {
     const std::string sFile = m_run.Write("a.src", kProgram);
     const auto report = Rewrite({"--json", sFile, (m_run.Root() / "none.src").string()}).Json();

@@ -382,6 +382,20 @@ TEST_F(EditedTextTest, MoreThan32767LinesRaiseOverflowWhenAllIsDeleted) {
     EXPECT_EQ(Stored(), Rows{});
 }
 
+// The customer's keys are turned when the wipe has run.
+TEST_F(EditedTextTest, MoreThan32767LinesOfACustomerRaiseWhenAllIsDeletedToo) {
+    BecomeCustomer();
+    Store("IO", "IN_5", "a");
+    Text sText;
+    for (int n = 0; n < 32768; ++n)
+        sText += u"x\r\n";
+    const Text sBefore = sText;
+    EXPECT_EQ(Raised([&] { ApplyEditedText(sText); }), ErrorNumber::Overflow);
+    EXPECT_EQ(sText, sBefore);
+    CloseDatabase();
+    EXPECT_EQ(Stored(), Rows{});
+}
+
 TEST_F(EditedTextTest, AsManyAs32767LinesAreApplied) {
     Text sText = u"IN_5 a\r\n";
     for (int n = 0; n < 32765; ++n)

@@ -5,6 +5,7 @@
 #include "conversion/ConversionFixture.h"
 #include "conversion/PassObserver.h"
 #include "testing/ForwardingEngine.h"
+#include "testing/ForwardingPorts.h"
 #include "testing/Raised.h"
 
 namespace nomira::testing {
@@ -529,18 +530,42 @@ TEST_F(TextImportTest, TheWipeAdvancesTheBarAheadOfEachDelete) {
     EXPECT_EQ(stepsAtDelete, (std::vector<int>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}));
 }
 
+// The closed library, looking at what is open when it is told.
+class LookingLibrary : public ClosedLibrary {
+  public:
+    explicit LookingLibrary(memory::MemoryFiles& files) : m_files(files) {}
+    int nOpenFiles = -1;
+    bool bConnected = true;
+    void RefreshConfDb() override {
+        nOpenFiles = m_files.OpenFiles();
+        bConnected = g_Connection != nullptr;
+    }
+
+  private:
+    memory::MemoryFiles& m_files;
+};
+
 TEST_F(TextImportTest, TheWipeIsMadeKnownWhileItsFileIsStillOpen) {
     PutFile({"IN_1 a"});
-    ForwardingEngine engine;
-    int nOpenFiles = -1;
-    engine.before = [&](const Text& sOperation) {
-        if (sOperation == u"close connection") nOpenFiles = machine.files.OpenFiles();
-    };
+    LookingLibrary library(machine.files);
+    Platform platform = PortsOf(machine);
+    platform.closedLibrary = &library;
+    SetPlatform(platform);
     ClearDbForTextFile(kFile);
-    EXPECT_EQ(nOpenFiles, 1);
+    EXPECT_EQ(library.nOpenFiles, 1);
+    EXPECT_FALSE(library.bConnected);
     EXPECT_EQ(machine.files.OpenFiles(), 0);
-    EXPECT_EQ(machine.closedLibrary.nRefreshes, 1);
-    EXPECT_FALSE(g_Connection);
+    TextIntoDb(kFile);
+    EXPECT_EQ(library.nOpenFiles, 0);
+    EXPECT_FALSE(library.bConnected);
+    SetPlatform(PortsOf(machine));
+}
+
+TEST_F(TextImportTest, TheWipeReadsOnToTheEndOfTheFile) {
+    PutFile({"IN_1 a", "Weld11 b", "last line"});
+    ClearDbForTextFile(kFile);
+    EXPECT_EQ(g_sLine, u"last line");
+    EXPECT_EQ(g_vSymbol, u"last");
 }
 
 TEST_F(TextImportTest, AnEmptyFileWipesNothingAndIsMadeKnown) {

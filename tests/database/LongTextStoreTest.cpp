@@ -123,6 +123,32 @@ TEST_F(StoreStatementTest, StoreLongTextOfAKnownKeyMakesOneQueryForTheUpdate) {
               "WHERE ((Messages.Language_id=99) AND (Messages.Key_id)=1) | keyset optimistic -1");
 }
 
+TEST_F(StoreStatementTest, StoreLongTextOfANewKeyTakesItsStepsInOrder) {
+    StoreLongText(u"Clamp", u"IO", u"IN_1");
+    EXPECT_EQ(
+        engine.calls,
+        (Lines{"recordset open SELECT Items.Key_id FROM ITEMS WHERE "
+               "((Items.KeyString)='IN_1') AND ((Items.Module)='IO') | static read-only -1",
+               "recordset open Items | keyset optimistic -1", "add", "set Module", "set KeyString",
+               "update", "field Key_Id", "recordset close",
+               "recordset open Messages | keyset pessimistic -1", "add", "set Key_Id",
+               "set Language_id", "set String", "update", "recordset close", "recordset close"}));
+}
+
+TEST_F(StoreStatementTest, StoreLongTextOfAKnownKeyGoesFromTheFirstRowToTheLast) {
+    Add("IO", "IN_1", "Clamp");
+    StoreLongText(u"Clamp", u"IO", u"IN_1");
+    EXPECT_EQ(engine.calls,
+              (Lines{"recordset open SELECT Items.Key_id FROM ITEMS WHERE "
+                     "((Items.KeyString)='IN_1') AND ((Items.Module)='IO') | static read-only -1",
+                     "first", "field Key_Id",
+                     "recordset open SELECT Messages.Key_id,Messages.Language_id, Messages.String "
+                     "FROM Messages WHERE ((Messages.Language_id=99) AND (Messages.Key_id)=1)"
+                     " | keyset optimistic -1",
+                     "set String", "update", "field Key_Id", "recordset close", "next",
+                     "recordset close"}));
+}
+
 TEST_F(StoreStatementTest, NothingIsEscaped) {
     FindKeyId(u"I'O", u"IN_'1", Shared());
     EXPECT_NE(engine.calls.front().find("='IN_'1') AND ((Items.Module)='I'O')"), std::string::npos);
@@ -168,6 +194,16 @@ TEST_F(LongTextStoreTest, FindKeyIdTestsKeyAndModule) {
     EXPECT_EQ(FindKeyId(u"Notice", u"IN_1", Shared()), 8);
     EXPECT_EQ(FindKeyId(u"IO", u"in_1", Shared()), 9);
     EXPECT_EQ(FindKeyId(u"io", u"IN_1", Shared()), 0);
+}
+
+TEST_F(LongTextStoreTest, ReadingTakesTheFirstWhereAKeyOrItsTextOccursTwice) {
+    db.Execute(
+        "INSERT INTO Items VALUES(7,'IO','IN_1'),(8,'IO','IN_1');"
+        "INSERT INTO Messages VALUES(8,99,'of the second'),(7,99,'first'),(7,99,'other')");
+    EXPECT_EQ(FindKeyId(u"IO", u"IN_1", Shared()), 7);
+    Text sText;
+    EXPECT_TRUE(ReadMessageString(7, sText, Shared()));
+    EXPECT_EQ(sText, u"first");
 }
 
 TEST_F(LongTextStoreTest, FindKeyIdOfAnAbsentKeyIsZeroAndSoIsItsText) {
@@ -272,6 +308,15 @@ TEST_F(LongTextStoreTest, UpdateMessageWithoutARowLosesTheText) {
     db.Execute("INSERT INTO Items VALUES(3,'IO','IN_1')");
     EXPECT_EQ(UpdateMessage(3, u"new", Shared()), 0);
     EXPECT_EQ(db.Query(kAllMessages), Rows{});
+}
+
+TEST_F(LongTextStoreTest, UpdateMessageThatTheDatabaseRefusesIsZero) {
+    Add("IO", "IN_1", "old");
+    db.Execute(
+        "CREATE TRIGGER Refuse BEFORE UPDATE ON Messages"
+        " BEGIN SELECT RAISE(ABORT,'no'); END");
+    EXPECT_EQ(UpdateMessage(1, u"new", Shared()), 0);
+    EXPECT_EQ(db.Query(kAllMessages), (Rows{{"1", "99", "old"}}));
 }
 
 TEST_F(LongTextStoreTest, StoreLongTextOfANewKeyAddsItemAndMessage) {

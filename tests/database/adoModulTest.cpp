@@ -165,6 +165,18 @@ TEST_F(adoModulTest, ReadLongTextWithTheFileMissingIsFalse) {
     EXPECT_EQ(engine.nConnections, 0);
 }
 
+TEST_F(adoModulTest, ReadLongTextThatCannotOpenDropsItsConnectionWithoutClosingIt) {
+    AddText("IO", "IN_1", "'Clamp closed'");
+    for (const char* sStep : {"text", "open"}) {
+        engine.FailCalls(sStep);
+        Text sText = u"as it was";
+        EXPECT_FALSE(ReadLongText(sText, u"IO", u"IN_1")) << sStep;
+        EXPECT_EQ(sText, u"as it was");
+        EXPECT_EQ(engine.nConnections, 0);
+    }
+    EXPECT_EQ(std::count(engine.calls.begin(), engine.calls.end(), "close"), 0);
+}
+
 TEST_F(adoModulTest, ReadLongTextWithoutAnEngineIsFalse) {
     SetDatabaseEngine(nullptr);
     Text sText;

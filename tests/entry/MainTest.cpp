@@ -137,6 +137,34 @@ TEST_F(MainTest, TheFrontEndsFormIsLive) {
     Start(u"");
     ASSERT_TRUE(IsShown(u"NomiraMain"));
     EXPECT_TRUE(FindForm(u"NomiraMain")->IsLive());
+    RunMiddleware();
+    SetCustomer(u"VW");
+    Start(u"");
+    ASSERT_TRUE(IsShown(u"StdBofForm"));
+    EXPECT_TRUE(FindForm(u"StdBofForm")->IsLive());
+}
+
+TEST_F(MainTest, TheModesAreSetBeforeAFormComesUp) {
+    class ModesAtShow : public memory::RecordingView {
+      public:
+        void FormShown(Form& form) override {
+            shown.push_back(form.Class() + (g_bPendantMode ? u" pendant" : u"") +
+                            (g_bBatchMode ? u" batch" : u""));
+        }
+        std::vector<Text> shown;
+    };
+    RunMiddleware();
+    SetCustomer(u"VW");
+    ModesAtShow view;
+    SetView(&view);
+    Start(u"");
+    g_bPendantMode = true;
+    Start(u"word|");
+    SetCustomer(u"");
+    g_bPendantMode = true;
+    Start(u"");
+    EXPECT_EQ(view.shown,
+              (std::vector<Text>{u"StdBofForm pendant", u"StdForm batch", u"NomiraMain"}));
 }
 
 TEST_F(MainTest, ALineWithoutASeparatorEndsSilently) {
@@ -173,6 +201,22 @@ TEST_F(MainTest, ReadsWhereTheControllerSoftwareIs) {
     EXPECT_EQ(g_sTextFilePath, u"\\Data");
 }
 
+TEST_F(MainTest, TheInstallationIsEmptyIfMissingAndElseAsRead) {
+    g_sInstallDir = u"before";
+    g_sLanguage = u"before";
+    Start(u"word");
+    EXPECT_EQ(g_sInstallDir, u"");
+    EXPECT_EQ(g_sLanguage, u"");
+    machine.registry.SetString(RegistryRoot::LocalMachine, kVersion, u"InstallationDir",
+                               u" D:\\TQX ");
+    // The right values under the wrong roots.
+    machine.registry.SetString(RegistryRoot::CurrentUser, kVersion, u"InstallationDir", u"E:\\");
+    machine.registry.SetString(RegistryRoot::LocalMachine, kDatabase, u"Language", u"409");
+    Start(u"word");
+    EXPECT_EQ(g_sInstallDir, u" D:\\TQX ");
+    EXPECT_EQ(g_sLanguage, u"");
+}
+
 TEST_F(MainTest, ALineThatIsNoCommandReadsTheSettingsAllTheSame) {
     SetLanguage(u"407");
     Start(u"word");
@@ -191,6 +235,8 @@ TEST_F(MainTest, TheLanguageIsHexadecimalText) {
         {u"0409", 1033},
         {u"aB", 171},
         {u"0", 0},
+        {u"8000", 32'768},  // no sign in 16 bits
+        {u"FFFF", 65'535},
         {u"5F5E0FF", 99'999'999},
         {u"3B9AC9FF", 999'999'999},  // nine digits pass
         {u"3B9ACA00", 100'000'000},  // of ten, the last is lost

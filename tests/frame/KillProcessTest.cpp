@@ -37,6 +37,8 @@ TEST_F(KillProcessTest, FindsAProcessByAnyPartOfItsFileNameInAnyCase) {
         {u"C:\\tqx\\", u"vexon3.exe", false},
         {u"C:\\tqx\\any.exe", u"", true},  // the empty name is in every file name
         {u"", u"", false},                 // but not in an empty one
+        {u"   ", u"", false},              // a path is trimmed
+        {u"C:\\tqx\\  ", u"", false},
         {u"C:\\tqx\\", u"", false},
     };
     for (const Row& row : rows) {

@@ -267,6 +267,24 @@ TEST_F(ProgressTest, WithoutAnyFormTheCallDoesNotFail) {
     EXPECT_EQ(g_nProgressCount, 0);
 }
 
+TEST_F(ProgressTest, ThePendantBarGoesOnWhereTheLastRunEnded) {
+    LoadPendantForm();
+    Advance(10);
+    UnloadForm(u"StdBofForm");
+    ProgressBar& bar = LoadPendantForm();
+    AdvanceProgress();
+    EXPECT_FLOAT_EQ(bar.Value(), 2.65F);
+}
+
+TEST_F(ProgressTest, ThePendantBarWrapsAtTheMaximumThatItHas) {
+    ProgressBar& bar = LoadPendantForm();
+    bar.SetMax(2);
+    Advance(6);
+    EXPECT_FLOAT_EQ(bar.Value(), 1.90F);
+    AdvanceProgress();
+    EXPECT_EQ(bar.Value(), 1.0F);
+}
+
 TEST_F(ProgressTest, ARunWithoutAResetGoesOnWhereTheLastOneEnded) {
     LoadBatchForm();
     Advance(4);

@@ -100,6 +100,25 @@ TEST_F(SettingsTest, ReaderClearsItsResultWhenTheKeyOrTheValueIsMissing) {
     EXPECT_EQ(sResult, u"");
 }
 
+TEST_F(SettingsTest, AKeyThatCannotBeOpenedForAnyReasonGivesTheEmptyText) {
+    class Denying : public ForwardingRegistry {
+      public:
+        using ForwardingRegistry::ForwardingRegistry;
+        std::int32_t OpenKey(RegistryRoot root, TextView sKey, KeyHandle& key) override {
+            ForwardingRegistry::OpenKey(root, sKey, key);
+            return 5;  // the system's code for denied access
+        }
+    };
+    SetCustomer(u"VW");
+    Denying registry(machine.registry);
+    Install(registry);
+    Text sResult = u"a text that is no default";
+    EXPECT_EQ(ReadRegistryString(RegistryRoot::LocalMachine, kVersion, u"Customer", sResult), u"");
+    EXPECT_EQ(sResult, u"");
+    EXPECT_TRUE(registry.asked.empty());
+    EXPECT_EQ(GetCustomer(), u"");
+}
+
 TEST_F(SettingsTest, ReaderLeavesTheTextInItsArgumentToo) {
     SetCustomer(u"Somebody");
     Text sResult = u"before";

@@ -9,6 +9,7 @@
 #include "frame/Progress.h"
 #include "langtools/ProgramState.h"
 #include "langtools/RuntimeError.h"
+#include "testing/ForwardingEngine.h"
 #include "testing/Raised.h"
 #include "testing/TextPrinting.h"
 #include "userprogram/ProgramFixture.h"
@@ -89,6 +90,7 @@ TEST_F(Customer2Test, LinesOfOtherFormsAreDropped) {
                 "X  =  E12 \\ ;Text\r\n"
                 "X = E12\r\n"
                 "X = F12 \\ ;Text\r\n"
+                "X = F12 \\ ;Text =E3\r\n"  // a signal line by its comment alone
                 "X = E12 \\ \r\n"
                 "X = E12 \\ ;\r\n"
                 "X = Y = E12 \\ ;Text\r\n"));
@@ -274,6 +276,30 @@ TEST_F(Customer2Test, DatabaseProcessIsToldOnceAtTheEnd) {
     Write(CheckBox::kChecked);
     EXPECT_EQ(m_machine.closedLibrary.nRefreshes, 1);
     EXPECT_EQ(g_Connection, nullptr);
+}
+
+TEST_F(Customer2Test, WipesComeAheadOfTheTextsAndTheProcessIsToldBehindTheClosing) {
+    m_machine.processes.Add(u"C:\\TQX\\OrvoDB3.exe");
+    Harvest("X = E1 \\ ;Tor\r\n");
+    ForwardingEngine engine;
+    Texts steps;
+    engine.before = [&](const Text& sOperation) {
+        if (sOperation.starts_with(u"open DELETE"))
+            steps.push_back(sOperation.substr(sOperation.find(u'\'')));
+        if (sOperation.starts_with(u"open SELECT Items.Key_id")) steps.emplace_back(u"text");
+        if (sOperation.ends_with(u"connection")) steps.push_back(sOperation);
+        EXPECT_EQ(m_machine.closedLibrary.nRefreshes, 0);
+    };
+    g_bBatchMode = true;
+    const LoadedForm form(u"StdForm");
+    form->With<ProgressBar>(u"ProgressBar");
+    Write(CheckBox::kChecked);
+    EXPECT_EQ(steps, (Texts{u"open connection", u"'IN_%'))", u"'OUT_%'))", u"'ANIN_%'))",
+                            u"'ANOUT_%'))", u"'BININ_%'))", u"'BINOUT_%'))", u"'NoticeText%'))",
+                            u"'CounterText%'))", u"'FlagText%'))", u"'TimerText%'))",
+                            u"'ZTQXProcParam_%'))", u"text", u"close connection"}));
+    EXPECT_EQ(m_machine.closedLibrary.nRefreshes, 1);
+    EXPECT_EQ(g_nProgressCount, 1);  // the wipes are no steps
 }
 
 TEST_F(Customer2Test, WithoutADatabaseNothingIsStoredAndNothingIsSaid) {

@@ -122,7 +122,13 @@ TEST_F(FoldHeaderTest, OtherLinesPassThrough) {
           // The hidden part does not tell the channel.
           u";FOLD ANOUT Gas = 0.5;%{PE}", u";FOLD ANOUT Gas;%{PE}%VANOUT_STAT:CHANNEL_3,",
           u";FOLD ANOUT ON Gas = 0.5;%{PE}%VANOUT_OLD:CHANNEL_3,",
-          u";FOLD ANOUT Gas = 0.5;%{PE}%VANOUT_STAT CHANNEL_3,"}) {
+          u";FOLD ANOUT Gas = 0.5;%{PE}%VANOUT_STAT CHANNEL_3,",
+          u";FOLD ANOUT ON Gas = 0.5;%{PE}%VANOUT_DYN CHANNEL_3,",
+          u";FOLD ANOUT OFF Gas;%{PE}%VANOUT_DYN CHANNEL_3,",
+          // No blank behind the words.
+          u";FOLD ANOUTER = 0.5;%{PE}%VANOUT_STAT:CHANNEL_3,",
+          u";FOLD ANOUT ONE = 0.5;%{PE}%VANOUT_DYN:CHANNEL_3,",
+          u";FOLD ANOUT OFFER;%{PE}%VANOUT_DYN:CHANNEL_3,"}) {
         ExpectStays(sLine);
     }
 }
@@ -154,7 +160,9 @@ TEST_F(FoldHeaderTest, SimpleHeaderWithoutStateIsAnInvalidCall) {
     for (const TextView sLine :
          {u";FOLD OUTLET of the cell", u";FOLD OUT 12 'Pump'", u";FOLD PULSE 12 'Pump'",
           u";FOLD SYN OUT 12 'Pump'", u";FOLD SYN PULSE 12 'Pump'", u";FOLD WAIT FOR IN 5 'Door'",
-          u";FOLD WAIT FOR INSPECTION", u";FOLD WAIT FOR OUT 12 'Pump'", u";FOLD OUT"}) {
+          u";FOLD WAIT FOR INSPECTION", u";FOLD WAIT FOR OUT 12 'Pump'", u";FOLD OUT",
+          u";FOLD PULSEWIDTH", u";FOLD SYN OUTER", u";FOLD SYN PULSEWIDTH",
+          u";FOLD WAIT FOR OUTFEED"}) {
         ExpectRaises(ErrorNumber::InvalidProcedureCall, sLine);
     }
 }
@@ -187,6 +195,21 @@ TEST_F(FoldHeaderTest, PositionBeyondSixteenBitsOverflows) {
 TEST_F(FoldHeaderTest, LongTailBehindTheNameIsNoTrouble) {
     const Text sTail = u" State=TRUE;%{PE}" + Text(40000, u'x');
     EXPECT_EQ(Rewrite(u";FOLD OUT 12 'Pump'" + sTail), u";FOLD OUT 12 'Cooling'" + sTail);
+}
+
+// The end of the signal's place is searched from the second character behind the keyword.
+TEST_F(FoldHeaderTest, StateIsSearchedBehindTheKeyword) {
+    EXPECT_EQ(Rewrite(u";FOLD OUTER State of OUT 12 'Pump' State=TRUE"),
+              u";FOLD OUTER State of OUT 12 'Cooling' State=TRUE");
+    ExpectRaises(ErrorNumber::InvalidProcedureCall, u";FOLD OUT State=TRUE");
+}
+
+// A header that fits two analogue patterns: with the third one, the symbol would begin at "ON".
+TEST_F(FoldHeaderTest, FirstPatternOfTheChainDecides) {
+    EXPECT_EQ(Rewrite(u";FOLD ANOUT ON Gas = 1;%{PE}%VANOUT_DYN%VANOUT_STAT:CHANNEL_3,"),
+              u";FOLD ANOUT ON Speed = 1;%{PE}%VANOUT_DYN%VANOUT_STAT:CHANNEL_3,");
+    EXPECT_EQ(Rewrite(u";FOLD ANOUT OFF Gas = 1;%{PE}%VANOUT_DYN%VANOUT_STAT:CHANNEL_3,"),
+              u";FOLD ANOUT OFF Speed;%{PE}%VANOUT_DYN%VANOUT_STAT:CHANNEL_3,");
 }
 
 // --- blanks between keyword and number
@@ -230,6 +253,7 @@ TEST_F(FoldHeaderTest, SymbolOnlyFormsTakeTheNameInPlaceOfTheColon) {
               u";FOLD OUT 12'Cooling' State=TRUE;%{PE}");
     EXPECT_EQ(Rewrite(u";FOLD WAIT FOR IN 5 : symName State=TRUE;%{PE}"),
               u";FOLD WAIT FOR IN 5 'Door' State=TRUE;%{PE}");
+    EXPECT_EQ(Rewrite(u";FOLD OUT 12:my_symName State=TRUE"), u";FOLD OUT 12'Cooling' State=TRUE");
 }
 
 // The word behind the number is not read as a name: what counts is what an earlier line has left.
@@ -268,6 +292,8 @@ TEST_F(FoldHeaderTest, SymbolOnlyFormWithoutAColonIsNoNumber) {
 TEST_F(FoldHeaderTest, AtPointEndsTheSignalsPlace) {
     EXPECT_EQ(Rewrite(u";FOLD OUT 12 'Pump' AT POINT State=TRUE"),
               u";FOLD OUT 12 'Cooling' AT POINT State=TRUE");
+    EXPECT_EQ(Rewrite(u";FOLD OUTER at point of OUT 12 'Pump' AT POINT State=TRUE"),
+              u";FOLD OUTER at point of OUT 12 'Cooling' AT POINT State=TRUE");
 }
 
 TEST_F(FoldHeaderTest, AtPointIsExactInCaseAndForTheFirstFormAlone) {
@@ -298,9 +324,29 @@ TEST_F(FoldHeaderTest, WaitLooksUpEachClassInItsModule) {
               u"( TIMER 2 'Delay' ) AND ( FLAG 3 'Done' ) ;%{PE}%P 2:1");
 }
 
+// The boxes of refused names tell in which order the classes are worked.
+TEST_F(FoldHeaderTest, WaitWorksOneClassBehindTheOther) {
+    Store(u"Flag", u"FlagText8", u"^");
+    Store(u"Timer", u"TimerText8", u"^");
+    Store(u"Notice", u"NoticeText8", u"^");
+    Store(u"IO", u"OUT_8", u"^");
+    Store(u"IO", u"IN_8", u"^");
+    ExpectStays(
+        u";FOLD WAIT FOR ( TIMER 8 'a' ) AND ( CYCFLAG 8 'b' ) AND ( OUT 8 'c' ) AND "
+        u"( IN 8 'd' ) ;%{PE}");
+    ExpectStays(u";FOLD WAIT FOR ( FLAG 8 'a' ) AND ( TIMER 8 'b' ) ;%{PE}");
+    std::vector<Text> texts;
+    for (const auto& box : Boxes())
+        texts.push_back(box.sText.substr(box.sText.find(u'\n') + 1));
+    EXPECT_EQ(texts, (std::vector<Text>{u"IN_8  ^", u"OUT_8  ^", u"NoticeText8  ^",
+                                        u"TimerText8  ^", u"TimerText8  ^", u"FlagText8  ^"}));
+}
+
 TEST_F(FoldHeaderTest, WaitFindsLaterConditionsOfAClass) {
     EXPECT_EQ(Rewrite(u";FOLD WAIT FOR ( IN 1 'a' ) OR ( IN 5 'b' ) OR ( IN 1 'c' ) ;%{PE}"),
               u";FOLD WAIT FOR ( IN 1 'Gate' ) OR ( IN 5 'Door' ) OR ( IN 1 'Gate' ) ;%{PE}");
+    EXPECT_EQ(Rewrite(u";Fold Wait For (In 1 'a' ) Or (In 5 'b' ) ;%{PE}"),
+              u";Fold Wait For (In 1 'Gate' ) Or (In 5 'Door' ) ;%{PE}");
     EXPECT_EQ(Rewrite(u";FOLD WAIT FOR ( FLAG 3 'a' ) OR ( FLAG 3 'b' ) ;%{PE}"),
               u";FOLD WAIT FOR ( FLAG 3 'Done' ) OR ( FLAG 3 'Done' ) ;%{PE}");
 }
@@ -423,6 +469,19 @@ TEST_F(FoldHeaderTest, RefusedSignOfAnAnalogueOutputIsSilent) {
     EXPECT_TRUE(Boxes().empty());
 }
 
+// What is refused is never compared: the box comes for the current name too, and an old name that
+// is no pattern fails nothing.
+TEST_F(FoldHeaderTest, RefusedSignIsFoundAheadOfTheComparison) {
+    Store(u"IO", u"OUT_15", u"Tür");
+    ExpectStays(u";FOLD OUT 15 'Tür' State=TRUE");
+    EXPECT_EQ(Boxes().size(), 1U);
+    ExpectStays(u";FOLD OUT 15 'Pump [2' State=TRUE");
+    EXPECT_EQ(Boxes().size(), 2U);
+    Store(u"IO", u"ANOUT_5", u"Größe");
+    ExpectStays(u";FOLD ANOUT Gas [2 = 0.5;%{PE}%VANOUT_STAT:CHANNEL_5,");
+    EXPECT_EQ(Boxes().size(), 2U);
+}
+
 // Without a connection the name is unknown rather than empty.
 TEST_F(FoldHeaderTest, WithoutADatabaseEveryLineStays) {
     m_database.RemoveFile();
@@ -491,6 +550,16 @@ TEST_F(FoldHeaderTest, OldAnalogueNameIsReplacedOnce) {
               u";FOLD ANOUT Speed = 0.5;%{PE}%VANOUT_STAT:CHANNEL_3,2:Gas");
 }
 
+TEST_F(FoldHeaderTest, OldAnalogueNameIsSearchedExactInCase) {
+    EXPECT_EQ(Rewrite(u";FOLD ANOUT out = 0.5;%{PE}%VANOUT_STAT:CHANNEL_3,"),
+              u";FOLD ANOUT Speed = 0.5;%{PE}%VANOUT_STAT:CHANNEL_3,");
+}
+
+TEST_F(FoldHeaderTest, ChannelIsSearchedBehindTheEndMark) {
+    EXPECT_EQ(Rewrite(u";FOLD ANOUT CHANNEL_9, = 0.5;%{PE}%VANOUT_STAT:CHANNEL_3,"),
+              u";FOLD ANOUT Speed = 0.5;%{PE}%VANOUT_STAT:CHANNEL_3,");
+}
+
 // Nothing can be found in its place; the program counts as changed all the same.
 TEST_F(FoldHeaderTest, AnalogueHeaderWithoutANameCountsAsChanged) {
     const TextView sLine = u";FOLD ANOUT = 0.5;%{PE}%VANOUT_STAT:CHANNEL_3,";
@@ -506,6 +575,7 @@ TEST_F(FoldHeaderTest, CutFoldCommentEndsAtTheHiddenPart) {
         {u"   ;FOLD OUT 1;  %{PE};x", u"   ;FOLD OUT 1;"},
         {u";FOLD a;b;%{PE}", u";FOLD a;b;"},
         {u";FOLD a;x%{PE}", u";FOLD a;x%{PE};"},
+        {u";FOLD a;%b;%{PE}", u";FOLD a;%b;"},
         {u";FOLD a", u";FOLD a;"},
         {u"", u";"},
         {u"no comment", u";no comment;"},
@@ -514,6 +584,16 @@ TEST_F(FoldHeaderTest, CutFoldCommentEndsAtTheHiddenPart) {
     };
     for (const LineRow& row : rows)
         EXPECT_EQ(CutFoldComment(row.sLine), row.sRewritten) << Printable(row.sLine);
+}
+
+// The parts of a line are counted with 16 bits.
+TEST_F(FoldHeaderTest, CutFoldCommentTakesUpTo32767Parts) {
+    Text sParts;
+    for (int n = 0; n < 32767; ++n)
+        sParts += u"a;";
+    EXPECT_EQ(CutFoldComment(sParts), sParts.substr(0, 2) + sParts);
+    EXPECT_EQ(CutFoldComment(u";" + sParts), u";" + sParts);
+    EXPECT_EQ(Raised([&] { CutFoldComment(u";b;" + sParts); }), ErrorNumber::Overflow);
 }
 
 TEST_F(FoldHeaderTest, ReadAnoutChannelTakesTheTextAheadOfTheComma) {

@@ -41,6 +41,12 @@ Text Rewritten(const Text& sLine) {
     return g_sLine;
 }
 
+// The boxes that the line has shown become findings of it, also if it then ended the run.
+void TakeRefused(RewritePlan& plan, std::int64_t nLine, CollectingDesktop& desktop) {
+    for (Text& sBox : desktop.TakeBoxes())
+        plan.refused.push_back({nLine, std::move(sBox)});
+}
+
 constexpr std::size_t kContext = 3;
 
 // One block of a diff: lines nFrom up to nTo, zero-based, nTo excluded.
@@ -96,13 +102,13 @@ RewritePlan PlanRewrite(std::string_view bytes, CollectingDesktop& desktop) {
         try {
             sNew = Rewritten(sOld);
         } catch (const RuntimeError& error) {
+            TakeRefused(plan, nLine, desktop);
             plan.stopped = LineFinding{nLine, error.Description()};
             plan.changes.clear();
             plan.sNewBytes = bytes;
             return plan;
         }
-        for (Text& sBox : desktop.TakeBoxes())
-            plan.refused.push_back({nLine, std::move(sBox)});
+        TakeRefused(plan, nLine, desktop);
         if (sNew == sOld) {
             plan.sNewBytes.append(line.body).append(line.end);
             continue;

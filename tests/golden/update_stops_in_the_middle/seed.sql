@@ -1,0 +1,4 @@
+INSERT INTO Items VALUES(1,'IO','OUT_12');
+INSERT INTO Messages VALUES(1,99,'Cooling');
+INSERT INTO Items VALUES(2,'IO','IN_5');
+INSERT INTO Messages VALUES(2,99,'Door');
