@@ -21,6 +21,11 @@ std::int16_t g_nNumBinOut = 0;
 std::int16_t g_nNumBinIn = 0;
 std::int16_t g_nNumProcParam = 0;
 
+Text g_sDatabaseViewCaption;
+Text g_sMsgEnterName;
+Text g_sMsgSelectFile;
+Text g_sMsgDeviceUnavailable;
+
 namespace {
 
 const OnProgramReset g_reset{[] {
@@ -34,6 +39,9 @@ const OnProgramReset g_reset{[] {
          {&g_nNumNotice, &g_nNumTimer, &g_nNumCounter, &g_nNumFlag, &g_nNumAnOut, &g_nNumAnIn,
           &g_nNumBinOut, &g_nNumBinIn, &g_nNumProcParam})
         *pSize = 0;
+    for (Text* pText :
+         {&g_sDatabaseViewCaption, &g_sMsgEnterName, &g_sMsgSelectFile, &g_sMsgDeviceUnavailable})
+        pText->clear();
 }};
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The variables that Main sets at start-up and everybody else reads.
+// Variables of the whole program that no single module below them owns.
 #pragma once
 
 #include <cstdint>
@@ -6,6 +6,8 @@
 #include "langtools/Text.h"
 
 namespace nomira {
+
+// ---- Set by Main at start-up ----
 
 // Installation directory of the controller software, without a trailing "\"; empty if unknown.
 extern Text g_sInstallDir;
@@ -16,7 +18,9 @@ extern std::int32_t g_nLanguageId;
 extern bool g_bPendantMode;
 extern bool g_bBatchMode;
 
-// Sizes of the signal classes on the controller. g_nNumIo is 1024 from start-up; the others stay
+// ---- Told by the controller ----
+
+// Sizes of the signal classes. g_nNumIo is 1024 from start-up; the others stay
 // 0 until the controller has told them.
 extern std::int16_t g_nNumIo;
 extern std::int16_t g_nNumNotice;
@@ -28,5 +32,13 @@ extern std::int16_t g_nNumAnIn;
 extern std::int16_t g_nNumBinOut;
 extern std::int16_t g_nNumBinIn;
 extern std::int16_t g_nNumProcParam;
+
+// ---- Read from the language catalogue for the pendant form; empty in a run without it ----
+
+extern Text g_sDatabaseViewCaption;
+// What the status bar says where a name, or a file, has to be given first.
+extern Text g_sMsgEnterName;
+extern Text g_sMsgSelectFile;
+extern Text g_sMsgDeviceUnavailable;
 
 }  // namespace nomira

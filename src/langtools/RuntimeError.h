@@ -35,7 +35,9 @@ enum class ErrorNumber : std::int32_t {
     InvalidPattern = 93,
     ControlElementMissing = 340,
     InvalidPropertyValue = 380,
+    CannotCreateObject = 429,
     NoSuchMember = 438,
+    LinkFailure = 440,
     KeyAlreadyUsed = 457,
     // The data-access layer's own numbers; the database module traps every one of them.
     NoCurrentRecord = 3021,

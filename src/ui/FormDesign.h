@@ -11,14 +11,24 @@
 
 namespace nomira {
 
-enum class ControlKind { Label, Frame, CheckBox, ProgressBar };
+enum class ControlKind {
+    Label,
+    Frame,
+    TextBox,
+    CheckBox,
+    ProgressBar,
+    DirList,
+    FileList,
+    MultiFileList,  // a file list of which several entries can be selected
+    StatusBar
+};
 
 struct ControlDesign {
     TextView sName;
     ControlKind kind;
     std::int32_t nLeft, nTop, nWidth, nHeight;
-    TextView sCaption;                         // empty for a kind that has none
-    std::int16_t nValue = CheckBox::kCleared;  // of a check box
+    TextView sCaption;        // or the text of a text box; empty for a kind that has none
+    std::int16_t nValue = 0;  // of a check box; how many panels a status bar has
 };
 
 struct FormDesign {
@@ -37,6 +47,10 @@ class DesignedForm : public Form {
     Control& AddByKind(const ControlDesign& design);
     template <typename Kind>
     Kind& AddWithCaption(const ControlDesign& design);
+    Control& AddTextBox(const ControlDesign& design);
+    Control& AddCheckBox(const ControlDesign& design);
+    Control& AddFileList(const ControlDesign& design);
+    Control& AddStatusBar(const ControlDesign& design);
 };
 
 }  // namespace nomira

@@ -1,7 +1,7 @@
 // The desktop form: the front end on any PC that is no controller.
 //
-// So far the form is its caption, its size, its progress bar and one check box, which is what the
-// start-up, the progress call and the harvest need of it. The lists, the options, the buttons and
+// So far the form is its caption, its size, its status and progress bars, and the lists and boxes
+// that the passes and the staging of programs read. The other lists, the options, the buttons and
 // their logic are not built yet, and no view shows the form.
 #pragma once
 
@@ -16,7 +16,7 @@ class NomiraMain : public DesignedForm {
   public:
     NomiraMain();
 
-    // The bar begins at 1 of 1 to 27.
+    // The progress bar begins at 1 of 1 to 27; the status bar gets its other three panels.
     void Load() override;
 };
 

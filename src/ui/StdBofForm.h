@@ -1,7 +1,7 @@
 // The pendant form: the front end on a controller.
 //
-// So far the form is its caption, its size, its progress bar and two check boxes, which is what the
-// start-up, the progress call and the harvest need of it. The keys, the lists and their logic are
+// So far the form is its caption, its size, its status and progress bars, and the lists and boxes
+// that the passes and the staging of programs read. The keys, the other lists and their logic are
 // not built yet, and no view shows the form.
 #pragma once
 
@@ -15,6 +15,9 @@ inline constexpr TextView kStdBofFormClass = u"StdBofForm";
 class StdBofForm : public DesignedForm {
   public:
     StdBofForm();
+
+    // SetInfoResult, the link's report of a watched variable, is taken and ignored.
+    void CallByName(TextView sMethod, std::span<const CallArgument> arguments) override;
 };
 
 }  // namespace nomira

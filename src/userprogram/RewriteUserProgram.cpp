@@ -1,5 +1,6 @@
 #include "userprogram/RewriteUserProgram.h"
 
+#include <cstdint>
 #include <vector>
 
 #include "conversion/TextImport.h"
@@ -8,12 +9,14 @@
 #include "langtools/RuntimeError.h"
 #include "platform/Platform.h"
 #include "ui/formlayer/FormLayer.h"
+#include "ui/formlayer/StatusBar.h"
 #include "userprogram/FoldHeader.h"
 
 namespace nomira {
 namespace {
 
 constexpr TextView kDesktopForm = u"NomiraMain";
+constexpr std::int16_t kRunningPanel = 2;  // tells what is running
 
 void ShowBar(bool bVisible) {
     if (auto* bar = FindControl<ProgressBar>(kDesktopForm, u"ProgressBar1")) {
@@ -24,6 +27,8 @@ void ShowBar(bool bVisible) {
 void ShowFileName(TextView sPath) {
     g_Parser().Parse(sPath, u"\\");
     const Text sName = g_Parser().Token(g_Parser().count());
+    if (auto* bar = FindControl<StatusBar>(kDesktopForm, u"StatusBar1"))
+        bar->Panels(kRunningPanel).SetText(sName);
     if (auto* label = FindControl<Label>(u"StdForm", u"Information")) label->SetCaption(sName);
 }
 

@@ -18,6 +18,7 @@ class SampleForm : public Form {
     SampleForm() : Form(u"Sample") {}
     Label& label = Add<Label>(u"Words");
     Frame& frame = Add<Frame>(u"Border");
+    TextBox& textBox = Add<TextBox>(u"Name");
     CheckBox& box = Add<CheckBox>(u"Choice");
     ProgressBar& bar = Add<ProgressBar>(u"Bar");
 };
@@ -108,6 +109,14 @@ TEST_F(ControlsTest, EverythingWorksWithoutAView) {
     EXPECT_EQ(form.label.Caption(), u"text");
     EXPECT_EQ(form.label.Height(), 4);
     EXPECT_TRUE(view.events.empty());
+}
+
+TEST_F(ControlsTest, ATextBoxHoldsItsText) {
+    EXPECT_EQ(form.textBox.Text(), u"");
+    form.textBox.SetText(u"names.txt");
+    form.textBox.SetText(u"names.txt");
+    EXPECT_EQ(form.textBox.Text(), u"names.txt");
+    EXPECT_EQ(Told(u"Name"), (std::vector<Text>{u"Text"}));
 }
 
 TEST_F(ControlsTest, ABoxBeginsClearedAndTellsItsNewValues) {

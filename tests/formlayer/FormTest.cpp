@@ -65,6 +65,20 @@ TEST_F(FormTest, TellsItsOwnPropertiesWithoutAControl) {
     EXPECT_EQ(form.Height(), 0);
 }
 
+TEST_F(FormTest, AFormWithoutMethodsOfItsOwnRefusesCallsByName) {
+    const CallArgument arguments[] = {Text(u"x"), std::int16_t{0}};
+    EXPECT_EQ(testing::Raised([&] { form.CallByName(u"SetInfoResult", arguments); }),
+              ErrorNumber::NoSuchMember);
+}
+
+TEST_F(FormTest, AReferenceEndsWithItsForm) {
+    auto other = std::make_unique<SampleForm>();
+    const std::weak_ptr<Form> reference = other->Reference();
+    EXPECT_EQ(reference.lock().get(), other.get());
+    other.reset();
+    EXPECT_TRUE(reference.expired());
+}
+
 TEST_F(FormTest, IsShownOnce) {
     form.Show();
     form.Show();

@@ -19,5 +19,15 @@ TEST(ProgramVariablesTest, OnlyTheInputsAndOutputsHaveASizeFromTheStart) {
         EXPECT_EQ(nSize, 0);
 }
 
+TEST(ProgramVariablesTest, TheTextsOfTheCatalogueAreEmptyFromTheStart) {
+    for (Text* pText :
+         {&g_sDatabaseViewCaption, &g_sMsgEnterName, &g_sMsgSelectFile, &g_sMsgDeviceUnavailable})
+        *pText = u"text";
+    ResetProgramState();
+    for (const Text& sText :
+         {g_sDatabaseViewCaption, g_sMsgEnterName, g_sMsgSelectFile, g_sMsgDeviceUnavailable})
+        EXPECT_EQ(sText, u"");
+}
+
 }  // namespace
 }  // namespace nomira

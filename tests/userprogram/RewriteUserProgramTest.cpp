@@ -2,14 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "conversion/TextImport.h"
 #include "frame/ProgramVariables.h"
 #include "frame/Progress.h"
 #include "langtools/RuntimeError.h"
+#include "testing/ForwardingFiles.h"
+#include "testing/ForwardingPorts.h"
 #include "testing/Raised.h"
 #include "testing/TextPrinting.h"
+#include "ui/formlayer/StatusBar.h"
 #include "userprogram/FoldHeader.h"
 #include "userprogram/ProgramFixture.h"
 
@@ -206,6 +211,17 @@ TEST_F(RewriteUserProgramTest, FileNameIsShownAndEachLineIsAStep) {
     EXPECT_EQ(g_nProgressCount, 4);
 }
 
+TEST_F(RewriteUserProgramTest, FileNameIsShownInTheDesktopFormsStatusBar) {
+    const LoadedForm form(u"NomiraMain");
+    auto& bar = form->With<StatusBar>(u"StatusBar1");
+    bar.AddPanel();
+    const auto& running = bar.AddPanel();
+    Put("a\r\n");
+    RewriteUserProgram(kProgram);
+    EXPECT_EQ(running.Text(), u"weld.src");
+    EXPECT_EQ(bar.Panels(1).Text(), u"");
+}
+
 TEST_F(RewriteUserProgramTest, BarOfTheDesktopFormIsSeenDuringTheRun) {
     memory::RecordingView view;
     const LoadedForm form(u"NomiraMain");
@@ -217,6 +233,55 @@ TEST_F(RewriteUserProgramTest, BarOfTheDesktopFormIsSeenDuringTheRun) {
     SetView(nullptr);
     EXPECT_EQ(view.CountChanges(u"ProgressBar1", u"Visible"), 2);
     EXPECT_FALSE(bar.Visible());
+}
+
+TEST_F(RewriteUserProgramTest, ProgramThatCannotBeOpenedShowsNothing) {
+    const LoadedForm desktop(u"NomiraMain");
+    auto& bar = desktop->With<ProgressBar>(u"ProgressBar1");
+    bar.SetVisible(false);
+    const LoadedForm form(u"StdForm");
+    const auto& information = form->With<Label>(u"Information");
+    EXPECT_THROW(RewriteUserProgram(kProgram), RuntimeError);
+    EXPECT_FALSE(bar.Visible());
+    EXPECT_EQ(information.Caption(), u"");
+}
+
+TEST_F(RewriteUserProgramTest, BarGoesWhenTheProgramIsReadAndBeforeItIsWritten) {
+    const LoadedForm desktop(u"NomiraMain");
+    const auto& bar = desktop->With<ProgressBar>(u"ProgressBar1");
+    Put(";FOLD OUT my own title\r\n");
+    ExpectRaises(ErrorNumber::InvalidProcedureCall, kProgram);
+    EXPECT_TRUE(bar.Visible());
+    Put(";FOLD OUT 12 'Pump' State=TRUE\r\n");
+    MakeReadOnly();
+    ExpectRaises(ErrorNumber::PathFileAccess, kProgram);
+    EXPECT_FALSE(bar.Visible());
+}
+
+// Some systems don't let a file be written that is open.
+TEST_F(RewriteUserProgramTest, ProgramIsClosedBeforeItIsOpenedForWriting) {
+    class CountingFiles : public ForwardingFiles {
+      public:
+        CountingFiles(memory::MemoryFiles& inner, std::vector<Text>& happened)
+            : ForwardingFiles(inner, happened), m_memory(inner) {}
+        std::unique_ptr<OutputFile> OpenForOutput(TextView sPath) override {
+            openAtOutput.push_back(m_memory.OpenFiles());
+            return ForwardingFiles::OpenForOutput(sPath);
+        }
+        std::vector<int> openAtOutput;
+
+      private:
+        memory::MemoryFiles& m_memory;
+    };
+    std::vector<Text> happened;
+    CountingFiles files(m_machine.files, happened);
+    Platform platform = PortsOf(m_machine);
+    platform.files = &files;
+    SetPlatform(platform);
+    Put(";FOLD OUT 12 'Pump' State=TRUE\r\n");
+    EXPECT_TRUE(RewriteUserProgram(kProgram));
+    EXPECT_EQ(files.openAtOutput, std::vector<int>{0});
+    SetPlatform(PortsOf(m_machine));
 }
 
 // --- a whole directory
@@ -232,12 +297,14 @@ TEST_F(RewriteDirectoryTest, EveryProgramIsRewrittenAndNothingElse) {
     Files().Put(u"C:\\prog\\a.src", kOld);
     Files().Put(u"C:\\prog\\B.SRC", kOld);
     Files().Put(u"C:\\prog\\c.dat", kOld);
+    Files().Put(u"C:\\prog\\c.src.bak", kOld);
     Files().Put(u"C:\\prog\\sub\\d.src", kOld);
     Files().Put(u"C:\\progress.src", kOld);
     RewriteDirectory(u"C:\\prog\\");
     EXPECT_EQ(Files().Bytes(u"C:\\prog\\a.src"), kNew);
     EXPECT_EQ(Files().Bytes(u"C:\\prog\\B.SRC"), kNew);
     EXPECT_EQ(Files().Bytes(u"C:\\prog\\c.dat"), kOld);
+    EXPECT_EQ(Files().Bytes(u"C:\\prog\\c.src.bak"), kOld);
     EXPECT_EQ(Files().Bytes(u"C:\\prog\\sub\\d.src"), kOld);
     EXPECT_EQ(Files().Bytes(u"C:\\progress.src"), kOld);
 }

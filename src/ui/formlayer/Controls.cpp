@@ -42,6 +42,10 @@ void Frame::SetCaption(TextView sCaption) {
     Assign(m_sCaption, sCaption, u"Caption");
 }
 
+void TextBox::SetText(TextView sText) {
+    Assign(m_sText, sText, u"Text");
+}
+
 void CheckBox::SetCaption(TextView sCaption) {
     Assign(m_sCaption, sCaption, u"Caption");
 }

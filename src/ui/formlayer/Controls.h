@@ -33,7 +33,7 @@ class Control {
     void SetEnabled(bool bEnabled);
 
     // Shows on the screen at once what has changed.
-    void Refresh();
+    virtual void Refresh();
 
   protected:
     // Gives a property its value, and tells the view if that is a new one.
@@ -75,6 +75,17 @@ class Frame : public Control {
 
   private:
     Text m_sCaption;
+};
+
+// A field for text.
+class TextBox : public Control {
+  public:
+    using Control::Control;
+    const nomira::Text& Text() const { return m_sText; }
+    void SetText(TextView sText);
+
+  private:
+    nomira::Text m_sText;
 };
 
 // A box with a caption that is checked or not.

@@ -24,6 +24,10 @@ void Form::Show() {
     if (View* view = TheView()) view->FormShown(*this);
 }
 
+void Form::CallByName(TextView, std::span<const CallArgument>) {
+    Raise(ErrorNumber::NoSuchMember);
+}
+
 Control* Form::Find(TextView sName) const {
     for (const auto& control : m_controls)
         if (Equal(control->Name(), sName)) return control.get();

@@ -3,8 +3,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <typeinfo>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "langtools/RuntimeError.h"
@@ -20,6 +22,9 @@ Kind* As(Control* control) {
     if (control && typeid(*control) == typeid(Kind)) return static_cast<Kind*>(control);
     return dynamic_cast<Kind*>(control);
 }
+
+// An argument of a call by name.
+using CallArgument = std::variant<std::int16_t, std::int32_t, Text>;
 
 class Form {
   public:
@@ -52,6 +57,13 @@ class Form {
 
     // Runs once, when the form enters the collection of loaded forms.
     virtual void Load() {}
+
+    // Calls the form's own method of this name. Raises NoSuchMember if it has none, as a form of no
+    // kind of its own has not.
+    virtual void CallByName(TextView sMethod, std::span<const CallArgument> arguments);
+
+    // For a holder that may outlive the form: empty when the form is gone.
+    std::weak_ptr<Form> Reference() const { return m_self; }
 
     // nullptr if the form has no control of this name.
     Control* Find(TextView sName) const;
@@ -88,6 +100,7 @@ class Form {
     bool m_bVisible = false;
     bool m_bLive = false;
     std::vector<std::unique_ptr<Control>> m_controls;
+    std::shared_ptr<Form> m_self{this, [](Form*) {}};  // owns nothing
 };
 
 }  // namespace nomira

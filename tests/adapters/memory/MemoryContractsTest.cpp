@@ -1,14 +1,21 @@
 // The adapters in memory under every port's contract.
+#include <algorithm>
+#include <functional>
+#include <iterator>
+#include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "adapters/contracts/ClosedLibraryContract.h"
 #include "adapters/contracts/DesktopContract.h"
 #include "adapters/contracts/FilesContract.h"
+#include "adapters/contracts/LinkLibraryContract.h"
 #include "adapters/contracts/LocaleContract.h"
 #include "adapters/contracts/ProcessesContract.h"
 #include "adapters/contracts/RegistryContract.h"
 #include "adapters/memory/MemoryMachine.h"
+#include "adapters/memory/ScriptedLinkLibrary.h"
 
 namespace nomira::testing {
 
@@ -97,5 +104,41 @@ struct MemoryClosedLibraryRig {
     int Refreshes() { return library.nRefreshes; }
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Memory, ClosedLibraryContract, MemoryClosedLibraryRig);
+
+struct ScriptedLinkLibraryRig {
+    memory::MemoryFiles disk;
+    memory::ScriptedLinkLibrary library{disk};
+
+    ScriptedLinkLibraryRig() { disk.PutDirectory(u"C:\\Temp"); }
+    LinkLibrary& Port() { return library; }
+    void StopMiddleware() { library.bMiddlewareRuns = false; }
+    void SetVariable(TextView sName, TextView sValue) { library.SetVariable(sName, sValue); }
+    Text Variable(TextView sName) { return library.Variable(sName).value(); }
+    static Text ProgramPath(TextView sPath) { return Text(u"TQX:\\R1\\").append(sPath); }
+    void PutProgram(TextView sPath, std::string_view bytes) {
+        library.PutFile(ProgramPath(sPath), bytes);
+    }
+    std::optional<std::string> Program(TextView sPath) {
+        return library.FileBytes(ProgramPath(sPath));
+    }
+    static Text DiskPath(TextView sName) { return Text(u"C:\\Temp\\").append(sName); }
+    void PutOnDisk(TextView sName, std::string_view bytes) { disk.Put(DiskPath(sName), bytes); }
+    std::string OnDisk(TextView sName) { return disk.Bytes(DiskPath(sName)); }
+    std::vector<Text> Commands() {
+        const auto isCommand = [](TextView sCall) {
+            return sCall.starts_with(u"StopProgram") || sCall.starts_with(u"CancelProgram") ||
+                   sCall.starts_with(u"SelectProgram") || sCall.starts_with(u"RestartIo");
+        };
+        std::vector<Text> commands;
+        std::ranges::copy_if(library.calls, std::back_inserter(commands), isCommand);
+        return commands;
+    }
+    void SendMessage(const MessageRecord& message) { library.SendMessage(message); }
+    bool ServeUntil(const std::function<bool()>& done) {
+        library.ServeEvents();
+        return done();
+    }
+};
+INSTANTIATE_TYPED_TEST_SUITE_P(Scripted, LinkLibraryContract, ScriptedLinkLibraryRig);
 
 }  // namespace nomira::testing

@@ -1,0 +1,192 @@
+#include "ui/formlayer/FileLists.h"
+
+#include "adapters/memory/MemoryMachine.h"
+#include "testing/Raised.h"
+#include "testing/TextPrinting.h"
+#include "ui/formlayer/FormLayer.h"
+
+namespace nomira {
+namespace {
+
+using testing::Raised;
+using Texts = std::vector<Text>;
+
+class SampleForm : public Form {
+  public:
+    SampleForm() : Form(u"Sample") {}
+    DirListBox& directories = Add<DirListBox>(u"Dir");
+    FileListBox& files = Add<FileListBox>(u"Files");
+};
+
+template <typename ListBox>
+Texts Entries(const ListBox& list) {
+    Texts entries;
+    for (std::int16_t n = 0; n < list.ListCount(); ++n)
+        entries.push_back(list.List(n));
+    return entries;
+}
+
+class FileListsTest : public ::testing::Test {
+  protected:
+    FileListsTest() {
+        for (const TextView sPath :
+             {u"C:\\d\\b.src", u"C:\\d\\A.SRC", u"C:\\d\\c.txt", u"C:\\d\\sub\\x.src"})
+            machine.files.Put(sPath, "x");
+        machine.files.PutDirectory(u"C:\\d\\Other.src");
+    }
+    Texts Told(TextView sControl) const {
+        Texts properties;
+        for (const auto& event : view.events)
+            if (event.sControl == sControl) properties.push_back(event.sProperty);
+        return properties;
+    }
+
+    memory::MemoryMachine machine;
+    memory::RecordingView view;
+    SampleForm form;
+    DirListBox& directories = form.directories;
+    FileListBox& files = form.files;
+};
+
+// ---- Directories ----
+
+TEST_F(FileListsTest, ADirectoryListBeginsEmpty) {
+    EXPECT_EQ(directories.Path(), u"");
+    EXPECT_EQ(directories.ListCount(), 0);
+    EXPECT_EQ(directories.ListIndex(), -1);
+}
+
+TEST_F(FileListsTest, ADirectoryListsItsSubdirectoriesAsFullPaths) {
+    directories.SetPath(u"C:\\d");
+    EXPECT_EQ(directories.Path(), u"C:\\d");
+    EXPECT_EQ(Entries(directories), (Texts{u"C:\\d\\Other.src", u"C:\\d\\sub"}));
+    EXPECT_EQ(directories.List(-1), u"C:\\d");
+    directories.SetPath(u"C:\\");
+    EXPECT_EQ(Entries(directories), (Texts{u"C:\\d"}));
+}
+
+TEST_F(FileListsTest, ADirectoryListRefusesWhatIsNoDirectory) {
+    directories.SetPath(u"C:\\d");
+    for (const TextView sPath : {u"C:\\none", u"C:\\d\\b.src"})
+        EXPECT_EQ(Raised([&] { directories.SetPath(sPath); }), ErrorNumber::PathNotFound)
+            << testing::Printable(sPath);
+    EXPECT_EQ(Raised([&] { directories.SetPath(u"Q:\\d"); }), ErrorNumber::DeviceUnavailable);
+    EXPECT_EQ(directories.Path(), u"C:\\d");
+    EXPECT_EQ(directories.ListCount(), 2);
+}
+
+TEST_F(FileListsTest, TheHighlightGoesBackWithANewPath) {
+    directories.SetPath(u"C:\\d");
+    directories.SetListIndex(1);
+    EXPECT_EQ(directories.List(directories.ListIndex()), u"C:\\d\\sub");
+    for (const int nIndex : {-2, 2})
+        EXPECT_EQ(Raised([&] { directories.SetListIndex(static_cast<std::int16_t>(nIndex)); }),
+                  ErrorNumber::SubscriptOutOfRange);
+    EXPECT_EQ(directories.ListIndex(), 1);
+    directories.SetPath(u"C:\\d\\sub");
+    EXPECT_EQ(directories.ListIndex(), -1);
+    EXPECT_EQ(directories.ListCount(), 0);
+}
+
+TEST_F(FileListsTest, ARefreshReadsTheDirectoryAgain) {
+    directories.SetPath(u"C:\\d");
+    files.SetPath(u"C:\\d\\sub");
+    machine.files.Put(u"C:\\d\\new\\y.src", "x");
+    machine.files.Put(u"C:\\d\\sub\\y.src", "x");
+    EXPECT_EQ(directories.ListCount(), 2);
+    EXPECT_EQ(files.ListCount(), 1);
+    SetView(&view);
+    directories.Refresh();
+    files.Refresh();
+    EXPECT_EQ(directories.ListCount(), 3);
+    EXPECT_EQ(files.ListCount(), 2);
+    EXPECT_EQ(view.Count(memory::ViewEvent::Kind::Refreshed), 2);
+}
+
+// ---- Files ----
+
+TEST_F(FileListsTest, AFileListBeginsEmptyWithAPatternForAll) {
+    EXPECT_EQ(files.Path(), u"");
+    EXPECT_EQ(files.Pattern(), u"*.*");
+    EXPECT_EQ(files.ListCount(), 0);
+    files.SetPattern(u"*.src");
+    EXPECT_EQ(files.ListCount(), 0);
+}
+
+TEST_F(FileListsTest, FilesAreListedWithoutRegardToCase) {
+    files.SetPath(u"C:\\d");
+    EXPECT_EQ(Entries(files), (Texts{u"A.SRC", u"b.src", u"c.txt"}));
+    files.SetPattern(u"*.src");
+    EXPECT_EQ(Entries(files), (Texts{u"A.SRC", u"b.src"}));
+    files.SetPath(u"C:\\");
+    EXPECT_EQ(files.ListCount(), 0);
+}
+
+TEST_F(FileListsTest, AFileListRefusesWhatIsNoDirectory) {
+    files.SetPath(u"C:\\d");
+    EXPECT_EQ(Raised([&] { files.SetPath(u"C:\\none"); }), ErrorNumber::PathNotFound);
+    EXPECT_EQ(Raised([&] { files.SetPath(u"Q:\\"); }), ErrorNumber::DeviceUnavailable);
+    EXPECT_EQ(files.Path(), u"C:\\d");
+    EXPECT_EQ(files.ListCount(), 3);
+}
+
+TEST_F(FileListsTest, AListWithSeveralSelectionsKeepsThem) {
+    files.SetMultiSelect(true);
+    files.SetPath(u"C:\\d");
+    files.SetSelected(0, true);
+    files.SetSelected(2, true);
+    EXPECT_TRUE(files.Selected(0));
+    EXPECT_FALSE(files.Selected(1));
+    EXPECT_TRUE(files.Selected(2));
+    files.SetSelected(0, false);
+    EXPECT_FALSE(files.Selected(0));
+    EXPECT_TRUE(files.Selected(2));
+}
+
+TEST_F(FileListsTest, AListWithOneSelectionMovesIt) {
+    files.SetPath(u"C:\\d");
+    files.SetSelected(0, true);
+    files.SetSelected(2, true);
+    EXPECT_FALSE(files.Selected(0));
+    EXPECT_TRUE(files.Selected(2));
+    files.SetSelected(1, false);
+    EXPECT_TRUE(files.Selected(2));
+}
+
+TEST_F(FileListsTest, APlaceWithoutAnEntryRaises) {
+    EXPECT_EQ(Raised([&] { files.SetSelected(0, true); }), ErrorNumber::SubscriptOutOfRange);
+    files.SetPath(u"C:\\d");
+    for (const int nPlace : {-1, 3}) {
+        const auto nIndex = static_cast<std::int16_t>(nPlace);
+        EXPECT_EQ(Raised([&] { files.List(nIndex); }), ErrorNumber::SubscriptOutOfRange);
+        EXPECT_EQ(Raised([&] { files.Selected(nIndex); }), ErrorNumber::SubscriptOutOfRange);
+        EXPECT_EQ(Raised([&] { files.SetSelected(nIndex, true); }),
+                  ErrorNumber::SubscriptOutOfRange);
+    }
+}
+
+TEST_F(FileListsTest, ANewListHasNothingSelectedAndAnOldValueChangesNothing) {
+    files.SetPath(u"C:\\d");
+    files.SetSelected(1, true);
+    files.SetPath(u"C:\\d");
+    files.SetPattern(u"*.*");
+    EXPECT_TRUE(files.Selected(1));
+    files.SetPattern(u"*.src");
+    EXPECT_FALSE(files.Selected(1));
+}
+
+TEST_F(FileListsTest, TheViewHearsWhatIsNew) {
+    SetView(&view);
+    files.SetPath(u"C:\\d");
+    files.SetPattern(u"*.src");
+    files.SetPattern(u"*.src");
+    files.SetSelected(0, true);
+    files.SetSelected(0, true);
+    directories.SetPath(u"C:\\d");
+    directories.SetListIndex(0);
+    EXPECT_EQ(Told(u"Files"), (Texts{u"Path", u"List", u"Pattern", u"List", u"Selected"}));
+    EXPECT_EQ(Told(u"Dir"), (Texts{u"Path", u"List", u"ListIndex"}));
+}
+
+}  // namespace
+}  // namespace nomira
