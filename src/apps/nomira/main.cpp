@@ -10,10 +10,13 @@
 #include <span>
 
 #include "adapters/posix/PosixMachine.h"
+#include "adapters/rpc/RpcLinkLibrary.h"
 #include "adapters/sqlite/SqliteEngine.h"
 #include "apps/nomira/CommandLine.h"
 #include "database/DatabaseEngine.h"
 #include "frame/entry/RunProgram.h"
+#include "link/LinkLibrary.h"
+#include "link/cVexonComm.h"
 #include "ui/formlayer/FormLayer.h"
 
 namespace {
@@ -30,12 +33,27 @@ void KeepFreedMemory() {
 #endif
 }
 
+// The link library for as long as the program may use it: a link that is still there at the end lets
+// go of the library's objects first.
+class LinkInUse {
+  public:
+    explicit LinkInUse(LinkLibrary& library) { SetLinkLibrary(&library); }
+    ~LinkInUse() {
+        g_Comm().ExitVexonComm();
+        SetLinkLibrary(nullptr);
+    }
+    LinkInUse(const LinkInUse&) = delete;
+    LinkInUse& operator=(const LinkInUse&) = delete;
+};
+
 int Run(std::span<const char* const> arguments) {
     posix::PosixMachine machine;
     machine.BecomePlatform(JoinArguments(arguments, machine.locale.EightBitPage()));
-    sqlite::SqliteEngine engine(
-        [&machine](TextView sPath) { return machine.prefix.NativePath(sPath); });
+    const auto nativePath = [&machine](TextView sPath) { return machine.prefix.NativePath(sPath); };
+    sqlite::SqliteEngine engine(nativePath);
     SetDatabaseEngine(&engine);
+    rpc::RpcLinkLibrary link(rpc::DefaultSocket(machine.prefix.Root()), nativePath);
+    const LinkInUse inUse(link);
     const int nStatus = RunProgram();
     if (nStatus != 0 || !AnyFormVisible()) return nStatus;
     std::fputs(
