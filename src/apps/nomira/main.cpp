@@ -33,8 +33,8 @@ void KeepFreedMemory() {
 #endif
 }
 
-// The link library for as long as the program may use it: a link that is still there at the end lets
-// go of the library's objects first.
+// The link library for as long as the program may use it: a link that is still there at the end
+// lets go of the library's objects first.
 class LinkInUse {
   public:
     explicit LinkInUse(LinkLibrary& library) { SetLinkLibrary(&library); }
