@@ -1,8 +1,7 @@
 // The desktop form: the front end on any PC that is no controller.
 //
-// So far the form is its caption, its size, its status and progress bars, and the lists and boxes
-// that the passes and the staging of programs read. The other lists, the options, the buttons and
-// their logic are not built yet, and no view shows the form.
+// The form has its whole design: controls, places, words. The logic behind the controls is not
+// built yet, and no view shows the form.
 #pragma once
 
 #include "ui/FormDesign.h"
@@ -16,7 +15,9 @@ class NomiraMain : public DesignedForm {
   public:
     NomiraMain();
 
-    // The progress bar begins at 1 of 1 to 27; the status bar gets its other three panels.
+    // The form moves to the middle of the screen and into the state without a chosen option; the
+    // progress bar begins at 1 of 1 to 27, hidden over the status bar, which gets its other three
+    // panels.
     void Load() override;
 };
 

@@ -1,8 +1,7 @@
 // The pendant form: the front end on a controller.
 //
-// So far the form is its caption, its size, its status and progress bars, and the lists and boxes
-// that the passes and the staging of programs read. The keys, the other lists and their logic are
-// not built yet, and no view shows the form.
+// The form has its whole design: controls, places, words. The logic behind the controls is not
+// built yet, and no view shows the form.
 #pragma once
 
 #include "ui/FormDesign.h"
@@ -15,6 +14,10 @@ inline constexpr TextView kStdBofFormClass = u"StdBofForm";
 class StdBofForm : public DesignedForm {
   public:
     StdBofForm();
+
+    // In pendant mode the form goes into the state without a chosen option; else, when another form
+    // only needs its controls, it stays as designed.
+    void Load() override;
 
     // SetInfoResult, the link's report of a watched variable, is taken and ignored.
     void CallByName(TextView sMethod, std::span<const CallArgument> arguments) override;

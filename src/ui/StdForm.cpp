@@ -5,16 +5,28 @@
 namespace nomira {
 namespace {
 
-constexpr ControlDesign kControls[] = {
-    {u"Information", ControlKind::Label, 120, 255, 5055, 660, u""},
-    {u"Frame", ControlKind::Frame, 120, 1080, 5055, 855, u"Info"},
-    // Inside the frame.
-    {u"ProgressBar", ControlKind::ProgressBar, 120, 360, 4815, 375, u""},
+constexpr ControlDesign kOnForm[] = {
+    {u"Information",
+     ControlKind::Label,
+     120,
+     255,
+     5055,
+     660,
+     u"",
+     0,
+     {.font = {u"Arial", 9.75F, true}}},
+    {u"Frame", ControlKind::Frame, 120, 1080, 5055, 855, u"Info", 1},
 };
+
+constexpr ControlDesign kInFrame[] = {
+    {u"ProgressBar", ControlKind::ProgressBar, 120, 360, 4815, 375, u"", 2},
+};
+
+constexpr ContainerDesign kContainers[] = {{u"", kOnForm}, {u"Frame", kInFrame}};
 
 // The two blanks in the caption belong to it.
 constexpr FormDesign kDesign{kStdFormClass, u"TQ X1  Longtext Convert-Programm", 5265, 2250,
-                             kControls};
+                             kContainers};
 
 }  // namespace
 

@@ -119,6 +119,26 @@ TEST_F(ControlsTest, ATextBoxHoldsItsText) {
     EXPECT_EQ(Told(u"Name"), (std::vector<Text>{u"Text"}));
 }
 
+TEST_F(ControlsTest, TheUserTypesWhereTheBoxCanBeReached) {
+    form.textBox.UserType(u"abc");
+    EXPECT_TRUE(form.textBox.HasFocus());
+    form.textBox.SetEnabled(false);
+    form.textBox.UserType(u"xyz");
+    EXPECT_EQ(form.textBox.Text(), u"abc");
+}
+
+TEST_F(ControlsTest, AControlHasAFontAndAColourWhereTold) {
+    EXPECT_EQ(form.label.Font(), Font{});
+    EXPECT_EQ(form.label.BackColour(), std::nullopt);
+    for (int i = 0; i < 2; ++i) {
+        form.label.SetFont({u"Arial", 9.75F, true});
+        form.label.SetBackColour(0xC0C0C0);
+    }
+    EXPECT_EQ(form.label.Font(), (Font{u"Arial", 9.75F, true}));
+    EXPECT_EQ(form.label.BackColour(), 0xC0C0C0U);
+    EXPECT_EQ(Told(u"Words"), (std::vector<Text>{u"Font", u"BackColour"}));
+}
+
 TEST_F(ControlsTest, ABoxBeginsClearedAndTellsItsNewValues) {
     EXPECT_EQ(form.box.Value(), CheckBox::kCleared);
     form.box.SetValue(CheckBox::kCleared);

@@ -1,6 +1,7 @@
 #include "ui/formlayer/FileLists.h"
 
 #include "adapters/memory/MemoryMachine.h"
+#include "langtools/BasicText.h"
 #include "testing/Raised.h"
 #include "testing/TextPrinting.h"
 #include "ui/formlayer/FormLayer.h"
@@ -14,6 +15,7 @@ using Texts = std::vector<Text>;
 class SampleForm : public Form {
   public:
     SampleForm() : Form(u"Sample") {}
+    DriveListBox& drives = Add<DriveListBox>(u"Drive");
     DirListBox& directories = Add<DirListBox>(u"Dir");
     FileListBox& files = Add<FileListBox>(u"Files");
 };
@@ -44,9 +46,45 @@ class FileListsTest : public ::testing::Test {
     memory::MemoryMachine machine;
     memory::RecordingView view;
     SampleForm form;
+    DriveListBox& drives = form.drives;
     DirListBox& directories = form.directories;
     FileListBox& files = form.files;
 };
+
+// ---- Drives ----
+
+TEST_F(FileListsTest, ADriveListBeginsOnTheFirstDrive) {
+    machine.files.PutDirectory(u"D:\\");
+    EXPECT_EQ(drives.Drives(), (Texts{u"c:", u"d:"}));
+    EXPECT_EQ(drives.Drive(), u"c:");
+}
+
+TEST_F(FileListsTest, ADriveIsItsLetterAlone) {
+    machine.files.PutDirectory(u"D:\\");
+    for (const TextView sDrive : {u"D:\\tqx", u"c:", u"d"}) {
+        drives.SetDrive(sDrive);
+        EXPECT_EQ(drives.Drive(), LCase(sDrive.substr(0, 1)) + u":");
+    }
+}
+
+TEST_F(FileListsTest, AMissingDriveIsRefused) {
+    for (const TextView sDrive : {u"Q:\\", u""})
+        EXPECT_EQ(Raised([&] { drives.SetDrive(sDrive); }), ErrorNumber::DeviceUnavailable);
+    EXPECT_EQ(drives.Drive(), u"c:");
+}
+
+TEST_F(FileListsTest, ANewDriveRunsTheHandler) {
+    machine.files.PutDirectory(u"D:\\");
+    Texts seen;
+    drives.onChange = [&] { seen.push_back(drives.Drive()); };
+    drives.SetDrive(u"C:\\");  // where it stands already
+    drives.SetDrive(u"D:\\");
+    drives.SetDrive(u"d:");
+    drives.UserPick(u"c:");
+    drives.SetEnabled(false);
+    drives.UserPick(u"d:");
+    EXPECT_EQ(seen, (Texts{u"d:", u"c:"}));
+}
 
 // ---- Directories ----
 
@@ -79,7 +117,7 @@ TEST_F(FileListsTest, TheHighlightGoesBackWithANewPath) {
     directories.SetPath(u"C:\\d");
     directories.SetListIndex(1);
     EXPECT_EQ(directories.List(directories.ListIndex()), u"C:\\d\\sub");
-    for (const int nIndex : {-2, 2})
+    for (const int nIndex : {-3, 2})
         EXPECT_EQ(Raised([&] { directories.SetListIndex(static_cast<std::int16_t>(nIndex)); }),
                   ErrorNumber::SubscriptOutOfRange);
     EXPECT_EQ(directories.ListIndex(), 1);
@@ -103,7 +141,82 @@ TEST_F(FileListsTest, ARefreshReadsTheDirectoryAgain) {
     EXPECT_EQ(view.Count(memory::ViewEvent::Kind::Refreshed), 2);
 }
 
+TEST_F(FileListsTest, ADriveAloneMeansItsRootAndAPathWithoutADriveCountsFromIt) {
+    machine.files.PutDirectory(u"D:\\orvo\\sub");
+    struct Row {
+        TextView sSet, sPath;
+    };
+    for (const Row& row :
+         {Row{u"d\\", u"C:\\d"}, Row{u"\\d\\sub", u"C:\\d\\sub"}, Row{u"d:", u"d:\\"},
+          Row{u"orvo", u"d:\\orvo"}, Row{u"orvo\\sub", u"d:\\orvo\\sub"}, Row{u"C:\\", u"C:\\"}}) {
+        directories.SetPath(row.sSet);
+        files.SetPath(row.sSet);
+        EXPECT_EQ(directories.Path(), row.sPath);
+        EXPECT_EQ(files.Path(), row.sPath);
+    }
+    EXPECT_EQ(Raised([&] { directories.SetPath(u"none"); }), ErrorNumber::PathNotFound);
+    EXPECT_EQ(Raised([&] { directories.SetPath(u""); }).has_value(), true);
+    EXPECT_EQ(directories.Path(), u"C:\\");
+}
+
+TEST_F(FileListsTest, EntriesBelowTheDirectoryItselfAreThoseAboveIt) {
+    directories.SetPath(u"C:\\d\\sub");
+    EXPECT_EQ(directories.List(-1), u"C:\\d\\sub");
+    EXPECT_EQ(directories.List(-2), u"C:\\d");
+    EXPECT_EQ(directories.List(-3), u"C:\\");
+    EXPECT_EQ(Raised([&] { directories.List(-4); }), ErrorNumber::SubscriptOutOfRange);
+}
+
+TEST_F(FileListsTest, ANewPathRunsTheHandlerWhenTheListStands) {
+    std::vector<int> counts;
+    directories.onChange = [&] { counts.push_back(directories.ListCount()); };
+    directories.SetPath(u"C:\\d");
+    directories.SetPath(u"C:\\d");
+    directories.Refresh();
+    EXPECT_EQ(Raised([&] { directories.SetPath(u"C:\\none"); }), ErrorNumber::PathNotFound);
+    EXPECT_EQ(counts, std::vector<int>{2});
+    directories.UserOpen(1);
+    EXPECT_EQ(directories.Path(), u"C:\\d\\sub");
+    directories.UserOpen(-3);
+    EXPECT_EQ(directories.Path(), u"C:\\");
+    EXPECT_EQ(counts, (std::vector<int>{2, 0, 1}));
+}
+
+TEST_F(FileListsTest, AKeyOfTheDirectoryListReachesTheHandler) {
+    directories.SetPath(u"C:\\d");
+    directories.UserHighlight(1);
+    EXPECT_EQ(directories.ListIndex(), 1);
+    directories.UserKeyPress(13);
+    directories.onKeyPress = [&](std::int16_t nKeyAscii) {
+        if (nKeyAscii == 13) directories.SetPath(directories.List(directories.ListIndex()));
+    };
+    directories.UserKeyPress(65);
+    EXPECT_EQ(directories.Path(), u"C:\\d");
+    directories.UserKeyPress(13);
+    EXPECT_EQ(directories.Path(), u"C:\\d\\sub");
+    directories.SetVisible(false);
+    directories.UserHighlight(-2);
+    directories.UserKeyPress(13);
+    directories.UserOpen(-2);
+    EXPECT_EQ(directories.Path(), u"C:\\d\\sub");
+    EXPECT_EQ(directories.ListIndex(), -1);
+}
+
 // ---- Files ----
+
+TEST_F(FileListsTest, APatternMayBeSeveral) {
+    files.SetPath(u"C:\\d");
+    struct Row {
+        TextView sPattern;
+        Texts names;
+    };
+    for (const Row& row : {Row{u"*.txt;*.src", {u"A.SRC", u"b.src", u"c.txt"}},
+                           Row{u"?.src;b.*", {u"A.SRC", u"b.src"}}, Row{u"; c.txt ;", {u"c.txt"}},
+                           Row{u"*.dat;*.bak", {}}, Row{u"", {}}}) {
+        files.SetPattern(row.sPattern);
+        EXPECT_EQ(Entries(files), row.names) << testing::Printable(row.sPattern);
+    }
+}
 
 TEST_F(FileListsTest, AFileListBeginsEmptyWithAPatternForAll) {
     EXPECT_EQ(files.Path(), u"");

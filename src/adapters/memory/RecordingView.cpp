@@ -28,11 +28,11 @@ void RecordingView::FormUnloaded(Form& form) {
 
 void RecordingView::PropertyChanged(Form& form, Control* control, TextView sProperty) {
     events.push_back({ViewEvent::Kind::PropertyChanged, form.Class(),
-                      control ? control->Name() : Text(), Text(sProperty)});
+                      control ? control->FullName() : Text(), Text(sProperty)});
 }
 
 void RecordingView::Refreshed(Control& control) {
-    events.push_back({ViewEvent::Kind::Refreshed, control.Owner().Class(), control.Name(), {}});
+    events.push_back({ViewEvent::Kind::Refreshed, control.Owner().Class(), control.FullName(), {}});
 }
 
 void RecordingView::ProcessPendingEvents() {

@@ -13,7 +13,7 @@ struct ViewEvent {
     enum class Kind { FormShown, FormUnloaded, PropertyChanged, Refreshed, PendingEvents };
     Kind kind = Kind::PendingEvents;
     Text sForm;      // the form's class; empty for PendingEvents
-    Text sControl;   // empty if the event is the form's own
+    Text sControl;   // with its index, as SoftKey(3); empty if the event is the form's own
     Text sProperty;  // for PropertyChanged
     bool operator==(const ViewEvent&) const = default;
 };

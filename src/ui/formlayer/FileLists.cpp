@@ -1,12 +1,18 @@
 #include "ui/formlayer/FileLists.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
+#include "langtools/BasicText.h"
 #include "langtools/RuntimeError.h"
 #include "platform/Platform.h"
 
 namespace nomira {
 namespace {
+
+constexpr std::size_t kDriveLength = 2;  // C:
+constexpr std::size_t kRootLength = 3;   // with its backslash
 
 Text Joined(TextView sDirectory, TextView sName) {
     Text sPath(sDirectory);
@@ -38,20 +44,78 @@ std::vector<Text> Subdirectories(TextView sPath) {
     return paths;
 }
 
-// The place in a list of `nCount`; raises if it has none.
-std::size_t PlaceIn(std::size_t nCount, std::int16_t nIndex) {
-    if (nIndex < 0 || static_cast<std::size_t>(nIndex) >= nCount)
-        Raise(ErrorNumber::SubscriptOutOfRange);
-    return static_cast<std::size_t>(nIndex);
+// The path in full: see the header. An empty one stays empty, and is no directory.
+Text FullPath(TextView sPath, TextView sShownPath) {
+    Text sFull(sPath);
+    const bool bDrive = Mid(sPath, 2).starts_with(u':');
+    if (!sPath.empty() && !bDrive) {
+        const TextView sDrive = sShownPath.empty() ? u"C:" : Left(sShownPath, 2);
+        sFull = Joined(sDrive, sPath.starts_with(u'\\') ? sPath.substr(1) : sPath);
+    }
+    if (sFull.size() == kDriveLength) sFull += u'\\';
+    if (sFull.size() > kRootLength && sFull.ends_with(u'\\')) sFull.pop_back();
+    return sFull;
+}
+
+// The directory above; empty above a root.
+TextView DirectoryAbove(TextView sPath) {
+    if (sPath.size() <= kRootLength) return {};
+    const std::size_t nLast = sPath.rfind(u'\\');
+    return sPath.substr(0, std::max(nLast, kRootLength));
+}
+
+// The names that match one of the patterns, each once.
+std::vector<Text> MatchingNames(TextView sDirectory, TextView sPatterns) {
+    std::vector<Text> names;
+    while (!sPatterns.empty()) {
+        const std::size_t nEnd = std::min(sPatterns.find(u';'), sPatterns.size());
+        const TextView sPattern = Trim(sPatterns.substr(0, nEnd));
+        if (!sPattern.empty())
+            std::ranges::move(TheFiles().Dir(Joined(sDirectory, sPattern)),
+                              std::back_inserter(names));
+        sPatterns.remove_prefix(std::min(nEnd + 1, sPatterns.size()));
+    }
+    std::ranges::sort(names, {}, [](const Text& sName) { return std::pair(UCase(sName), sName); });
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    return names;
 }
 
 }  // namespace
 
+Text DriveListBox::Drive() const {
+    if (!m_sDrive.empty()) return m_sDrive;
+    const std::vector<Text> drives = Drives();
+    return drives.empty() ? Text() : drives.front();
+}
+
+std::vector<Text> DriveListBox::Drives() const {
+    std::vector<Text> drives;
+    for (const Text& sDrive : TheFiles().Drives())
+        drives.push_back(LCase(sDrive));
+    return drives;
+}
+
+void DriveListBox::SetDrive(TextView sDrive) {
+    const Text sNew = LCase(nomira::Left(sDrive, 1)) + u":";
+    const std::vector<Text> drives = Drives();
+    if (std::ranges::find(drives, sNew) == drives.end()) Raise(ErrorNumber::DeviceUnavailable);
+    if (sNew == Drive()) return;
+    Assign(m_sDrive, sNew, u"Drive");
+    Fire(onChange);
+}
+
+void DriveListBox::UserPick(TextView sDrive) {
+    if (ReachedByUser()) SetDrive(sDrive);
+}
+
 void DirListBox::SetPath(TextView sPath) {
-    RequireDirectory(sPath);
-    const std::vector<Text> list = Subdirectories(sPath);
-    Assign(m_sPath, sPath, u"Path");
+    const Text sFull = FullPath(sPath, m_sPath);
+    RequireDirectory(sFull);
+    const std::vector<Text> list = Subdirectories(sFull);
+    const bool bNew = sFull != m_sPath;
+    Assign(m_sPath, sFull, u"Path");
     Fill(list);
+    if (bNew) Fire(onChange);
 }
 
 void DirListBox::Refresh() {
@@ -68,8 +132,17 @@ std::int16_t DirListBox::ListCount() const {
     return ToInt16(std::ssize(m_list));
 }
 
-const Text& DirListBox::List(std::int16_t nIndex) const {
-    return nIndex == -1 ? m_sPath : m_list[PlaceIn(m_list.size(), nIndex)];
+Text DirListBox::List(std::int16_t nIndex) const {
+    if (nIndex >= 0) {
+        if (nIndex >= std::ssize(m_list)) Raise(ErrorNumber::SubscriptOutOfRange);
+        return m_list[static_cast<std::size_t>(nIndex)];
+    }
+    TextView sPath = m_sPath;
+    for (int n = -1; n > nIndex; --n) {
+        sPath = DirectoryAbove(sPath);
+        if (sPath.empty()) Raise(ErrorNumber::SubscriptOutOfRange);
+    }
+    return Text(sPath);
 }
 
 void DirListBox::SetListIndex(std::int16_t nIndex) {
@@ -77,10 +150,23 @@ void DirListBox::SetListIndex(std::int16_t nIndex) {
     Assign(m_nListIndex, nIndex, u"ListIndex");
 }
 
+void DirListBox::UserHighlight(std::int16_t nIndex) {
+    if (ReachedByUser()) SetListIndex(nIndex);
+}
+
+void DirListBox::UserOpen(std::int16_t nIndex) {
+    if (ReachedByUser()) SetPath(List(nIndex));
+}
+
+void DirListBox::UserKeyPress(std::int16_t nKeyAscii) {
+    if (ReachedByUser()) Fire(onKeyPress, nKeyAscii);
+}
+
 void FileListBox::SetPath(TextView sPath) {
-    if (m_sPath == sPath) return;
-    RequireDirectory(sPath);
-    Assign(m_sPath, sPath, u"Path");
+    const Text sFull = FullPath(sPath, m_sPath);
+    if (m_sPath == sFull) return;
+    RequireDirectory(sFull);
+    Assign(m_sPath, sFull, u"Path");
     Fill();
 }
 
@@ -96,42 +182,7 @@ void FileListBox::Refresh() {
 }
 
 void FileListBox::Fill() {
-    std::vector<Entry> entries;
-    if (!m_sPath.empty()) {
-        for (const Text& sName : TheFiles().Dir(Joined(m_sPath, m_sPattern)))
-            entries.push_back({sName});
-    }
-    Assign(m_entries, entries, u"List");
-}
-
-std::int16_t FileListBox::ListCount() const {
-    return ToInt16(std::ssize(m_entries));
-}
-
-FileListBox::Entry& FileListBox::At(std::int16_t nIndex) {
-    return m_entries[PlaceIn(m_entries.size(), nIndex)];
-}
-
-const FileListBox::Entry& FileListBox::At(std::int16_t nIndex) const {
-    return m_entries[PlaceIn(m_entries.size(), nIndex)];
-}
-
-const Text& FileListBox::List(std::int16_t nIndex) const {
-    return At(nIndex).sName;
-}
-
-bool FileListBox::Selected(std::int16_t nIndex) const {
-    return At(nIndex).bSelected;
-}
-
-void FileListBox::SetSelected(std::int16_t nIndex, bool bSelected) {
-    std::vector<Entry> entries = m_entries;
-    if (bSelected && !m_bMultiSelect) {
-        for (Entry& entry : entries)
-            entry.bSelected = false;
-    }
-    entries[PlaceIn(entries.size(), nIndex)].bSelected = bSelected;
-    Assign(m_entries, entries, u"Selected");
+    SetEntries(m_sPath.empty() ? std::vector<Text>() : MatchingNames(m_sPath, m_sPattern));
 }
 
 }  // namespace nomira

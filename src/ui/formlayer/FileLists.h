@@ -1,19 +1,57 @@
-// The lists through which a user picks directories and files. They read the disk by themselves, as
-// the files port shows it, when their path or pattern changes or they are refreshed.
+// The lists through which a user picks drives, directories and files. They read the disk by
+// themselves, as the files port shows it, when their path or pattern changes or they are refreshed.
+//
+// A path may be a drive alone (its root is meant), and one without a drive counts from the root of
+// the drive that the list shows, of drive C: in a list without a path.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "langtools/Text.h"
 #include "ui/formlayer/Controls.h"
+#include "ui/formlayer/ListBox.h"
 
 namespace nomira {
+
+// The drives of the system.
+class DriveListBox : public Control {
+  public:
+    using Control::Control;
+
+    // Runs at each new drive, set by the program or the user.
+    std::function<void()> onChange;
+
+    // In small letters, as u"c:". The first of the system until one is set; empty without any.
+    Text Drive() const;
+    // Takes the first character of the text as the drive's letter. Raises DeviceUnavailable for a
+    // drive that the system doesn't have, and keeps the old one; what is in the drive isn't looked
+    // at.
+    void SetDrive(TextView sDrive);
+
+    // In alphabetical order, as u"c:".
+    std::vector<Text> Drives() const;
+
+    // The user has picked a drive.
+    void UserPick(TextView sDrive);
+
+  protected:
+    bool TakesFocus() const override { return true; }
+
+  private:
+    Text m_sDrive;
+};
 
 // The subdirectories of a directory.
 class DirListBox : public Control {
   public:
     using Control::Control;
+
+    // Runs at each new path, set by the program or the user.
+    std::function<void()> onChange;
+    // Gets the character of a key.
+    std::function<void(std::int16_t nKeyAscii)> onKeyPress;
 
     // The directory; empty, and the list with it, until it is set.
     const Text& Path() const { return m_sPath; }
@@ -21,16 +59,24 @@ class DirListBox : public Control {
     // isn't there; the list stays as it was then.
     void SetPath(TextView sPath);
 
-    // Entries are full paths, counted from 0; entry -1 is the directory itself. List raises
-    // SubscriptOutOfRange for any other place.
+    // Entries are full paths, counted from 0; entry -1 is the directory itself, -2 the one above it
+    // and so on up to the root. List raises SubscriptOutOfRange for any other place.
     std::int16_t ListCount() const;
-    const Text& List(std::int16_t nIndex) const;
+    Text List(std::int16_t nIndex) const;
     // The highlighted entry, -1 at first and after each new path.
     std::int16_t ListIndex() const { return m_nListIndex; }
     // Raises SubscriptOutOfRange like List.
     void SetListIndex(std::int16_t nIndex);
 
     void Refresh() override;
+
+    // The user has highlighted an entry, has opened one, has pressed the key of a character.
+    void UserHighlight(std::int16_t nIndex);
+    void UserOpen(std::int16_t nIndex);
+    void UserKeyPress(std::int16_t nKeyAscii);
+
+  protected:
+    bool TakesFocus() const override { return true; }
 
   private:
     void Fill(const std::vector<Text>& list);
@@ -41,45 +87,25 @@ class DirListBox : public Control {
 };
 
 // The files of a directory that match a pattern, in ascending order without regard to case.
-class FileListBox : public Control {
+class FileListBox : public SelectionList {
   public:
-    using Control::Control;
+    using SelectionList::SelectionList;
 
     // The directory; empty, and the list with it, until it is set. Fails as that of a DirListBox.
     const Text& Path() const { return m_sPath; }
     void SetPath(TextView sPath);
+    // Names with the wildcards `*` and `?`, and `;` between several.
     const Text& Pattern() const { return m_sPattern; }
     void SetPattern(TextView sPattern);
-
-    // Entries are names, counted from 0. List, Selected and SetSelected raise SubscriptOutOfRange
-    // for a place that has no entry.
-    std::int16_t ListCount() const;
-    const Text& List(std::int16_t nIndex) const;
-    bool Selected(std::int16_t nIndex) const;
-    void SetSelected(std::int16_t nIndex, bool bSelected);
-
-    // Whether several entries can be selected at once; of a list where they can't, a new selection
-    // ends the one before. Given at design time.
-    bool MultiSelect() const { return m_bMultiSelect; }
-    void SetMultiSelect(bool bMultiSelect) { m_bMultiSelect = bMultiSelect; }
 
     void Refresh() override;
 
   private:
-    struct Entry {
-        Text sName;
-        bool bSelected = false;
-        bool operator==(const Entry&) const = default;
-    };
-    Entry& At(std::int16_t nIndex);
-    const Entry& At(std::int16_t nIndex) const;
     // Reads the directory; what was selected is no longer.
     void Fill();
 
     Text m_sPath;
     Text m_sPattern = u"*.*";
-    bool m_bMultiSelect = false;
-    std::vector<Entry> m_entries;
 };
 
 }  // namespace nomira

@@ -1,5 +1,7 @@
 #include "ui/formlayer/Form.h"
 
+#include <algorithm>
+
 #include "langtools/BasicText.h"
 #include "ui/formlayer/FormLayer.h"
 
@@ -18,6 +20,10 @@ void Form::Move(std::int32_t nLeft, std::int32_t nTop, std::int32_t nWidth, std:
     Assign(m_nHeight, nHeight, u"Height");
 }
 
+void Form::SetBackColour(const Colour& colour) {
+    Assign(m_backColour, colour, u"BackColour");
+}
+
 void Form::Show() {
     if (m_bVisible) return;
     m_bVisible = true;
@@ -30,8 +36,53 @@ void Form::CallByName(TextView, std::span<const CallArgument>) {
 
 Control* Form::Find(TextView sName) const {
     for (const auto& control : m_controls)
-        if (Equal(control->Name(), sName)) return control.get();
+        if (!control->Index() && Equal(control->Name(), sName)) return control.get();
     return nullptr;
+}
+
+Control* Form::Find(TextView sName, std::int16_t nIndex) const {
+    for (const auto& control : m_controls)
+        if (control->Index() == nIndex && Equal(control->Name(), sName)) return control.get();
+    return nullptr;
+}
+
+bool Form::HasArray(TextView sName) const {
+    return std::ranges::any_of(m_controls, [&](const auto& control) {
+        return control->Index() && Equal(control->Name(), sName);
+    });
+}
+
+void Form::ForEachControl(const std::function<void(Control&)>& visit) const {
+    for (const auto& control : m_controls)
+        visit(*control);
+}
+
+void Form::GiveFocus(Control* control) {
+    if (m_focus == control) return;
+    m_focus = control;
+    if (control) control->Changed(u"Focus");
+}
+
+void Form::MoveFocusIfLost() {
+    if (m_focus && !m_focus->CanTakeFocus()) GiveFocus(NextTabStop());
+}
+
+void Form::FocusNext() {
+    if (Control* next = NextTabStop()) GiveFocus(next);
+}
+
+// The lowest tab index behind that of the focus, else the lowest of all.
+Control* Form::NextTabStop() const {
+    const std::int16_t nHere = m_focus ? m_focus->TabIndex() : std::int16_t{-1};
+    Control* first = nullptr;
+    Control* next = nullptr;
+    for (const auto& control : m_controls) {
+        const std::int16_t nTab = control->TabIndex();
+        if (nTab < 0 || !control->TabStop() || !control->CanTakeFocus()) continue;
+        if (!first || nTab < first->TabIndex()) first = control.get();
+        if (nTab > nHere && (!next || nTab < next->TabIndex())) next = control.get();
+    }
+    return next ? next : first;
 }
 
 void Form::Changed(TextView sProperty) {

@@ -1,7 +1,9 @@
-// A form: a named object that holds controls, found by name.
+// A form: a named object that holds controls, found by name, or by name and index for the elements
+// of an array.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <typeinfo>
@@ -46,6 +48,10 @@ class Form {
     std::int32_t Height() const { return m_nHeight; }
     void Move(std::int32_t nLeft, std::int32_t nTop, std::int32_t nWidth, std::int32_t nHeight);
 
+    // None where the view's own serves.
+    const Colour& BackColour() const { return m_backColour; }
+    void SetBackColour(const Colour& colour);
+
     // On the screen, without modality.
     bool Visible() const { return m_bVisible; }
     void Show();
@@ -65,8 +71,10 @@ class Form {
     // For a holder that may outlive the form: empty when the form is gone.
     std::weak_ptr<Form> Reference() const { return m_self; }
 
-    // nullptr if the form has no control of this name.
+    // nullptr if the form has no control of this name; elements of arrays are found by name and
+    // index alone.
     Control* Find(TextView sName) const;
+    Control* Find(TextView sName, std::int16_t nIndex) const;
     // The control as its kind. Raises NoSuchMember if it is missing or of another kind.
     template <typename Kind>
     Kind& Get(TextView sName) const {
@@ -74,6 +82,25 @@ class Form {
         if (!control) Raise(ErrorNumber::NoSuchMember);
         return *control;
     }
+    // The element of an array as its kind. Raises ControlElementMissing if the array has no such
+    // element, and else as the other Get.
+    template <typename Kind>
+    Kind& Get(TextView sName, std::int16_t nIndex) const {
+        Control* element = Find(sName, nIndex);
+        if (!element && HasArray(sName)) Raise(ErrorNumber::ControlElementMissing);
+        auto* control = As<Kind>(element);
+        if (!control) Raise(ErrorNumber::NoSuchMember);
+        return *control;
+    }
+    // In the order of their addition.
+    void ForEachControl(const std::function<void(Control&)>& visit) const;
+
+    // The control that gets the keys, nullptr if none does. One that can't take them any longer
+    // hands them to the next tab stop.
+    Control* Focus() const { return m_focus; }
+    // The tab key: on to the next tab stop, by the controls' tab indices, and from the last to the
+    // first. Nothing happens if no control can take the focus.
+    void FocusNext();
 
   protected:
     template <typename Kind>
@@ -83,8 +110,21 @@ class Form {
         m_controls.push_back(std::move(control));
         return added;
     }
+    // An element of the array `sName`.
+    template <typename Kind>
+    Kind& AddElement(Text sName, std::int16_t nIndex) {
+        Kind& added = Add<Kind>(std::move(sName));
+        added.Control::m_nIndex = nIndex;
+        return added;
+    }
 
   private:
+    friend class Control;
+    bool HasArray(TextView sName) const;
+    void GiveFocus(Control* control);
+    void MoveFocusIfLost();
+    Control* NextTabStop() const;
+
     template <typename Held, typename Given>
     void Assign(Held& held, const Given& value, TextView sProperty) {
         if (held == value) return;
@@ -99,6 +139,8 @@ class Form {
     std::int32_t m_nLeft = 0, m_nTop = 0, m_nWidth = 0, m_nHeight = 0;
     bool m_bVisible = false;
     bool m_bLive = false;
+    Colour m_backColour;
+    Control* m_focus = nullptr;
     std::vector<std::unique_ptr<Control>> m_controls;
     std::shared_ptr<Form> m_self{this, [](Form*) {}};  // owns nothing
 };

@@ -7,15 +7,9 @@
 
 #include "langtools/Text.h"
 #include "ui/formlayer/Controls.h"
+#include "ui/formlayer/Picture.h"
 
 namespace nomira {
-
-// A picture is known by its name alone; what it looks like is the view's business. No name is no
-// picture.
-struct Picture {
-    Text sName;
-    bool operator==(const Picture&) const = default;
-};
 
 class StatusBar;
 
