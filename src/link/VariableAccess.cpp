@@ -37,8 +37,9 @@ bool cVexonComm::SetInfoOff(TextView sVariableName, std::int32_t) {
 
 void cVexonComm::OnSetInfo(std::int32_t nID, TextView bstrVal) {
     const Text sText = m_watches.NameOf(nID).append(u"=").append(bstrVal);
-    CallParent(u"SetInfoResult", {sText});
-    CallParent(u"Vexon1_CmdMessage", {sText, std::int16_t{0}});
+    const auto form = m_oParent;
+    CallForm(form, u"SetInfoResult", {sText});
+    CallForm(form, u"Vexon1_CmdMessage", {sText, std::int16_t{0}});
 }
 
 bool cVexonComm::VCShowVar(TextView strVarName, Text& strVarValue) {

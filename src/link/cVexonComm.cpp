@@ -146,15 +146,17 @@ void cVexonComm::BuildErrorText(LinkObject* failed) {
 
 void cVexonComm::OnAddMessage(const MessageRecord& message) {
     const Text sText = MessageText(message);
-    CallParent(u"RobMessage", {message.eMessageType, sText});
-    CallParent(u"Vexon1_Message", {message.eMessageType, sText});
+    const auto form = m_oParent;
+    CallForm(form, u"RobMessage", {message.eMessageType, sText});
+    CallForm(form, u"Vexon1_Message", {message.eMessageType, sText});
 }
 
-void cVexonComm::CallParent(TextView sMethod, std::initializer_list<CallArgument> arguments) const {
-    const auto parent = m_oParent.lock();
-    if (!parent) return;
+void cVexonComm::CallForm(const std::weak_ptr<Form>& form, TextView sMethod,
+                          std::initializer_list<CallArgument> arguments) {
+    const auto called = form.lock();
+    if (!called) return;
     try {
-        parent->CallByName(sMethod, arguments);
+        called->CallByName(sMethod, arguments);
     } catch (const RuntimeError&) {  // forms need not have the method
     }
 }

@@ -173,8 +173,10 @@ class cVexonComm : public IVOCallbackVar, public IOCallbackError, public IVOCons
     void MakeAnew(std::unique_ptr<Object>& member, TextView sProgId);
     void MakeObjects();
     void SubscribeToMessages();
-    // Calls the owner form's method; a form without it, or no form, is no failure.
-    void CallParent(TextView sMethod, std::initializer_list<CallArgument> arguments) const;
+    // Calls the form's method; a form without it, or no form, is no failure. Needs no object: the
+    // method may end the link, and the callback's object with it.
+    static void CallForm(const std::weak_ptr<Form>& form, TextView sMethod,
+                         std::initializer_list<CallArgument> arguments);
     bool DownLoadMatching(TextView sPattern);
     Text ListNames(TextView sMask);
 

@@ -112,6 +112,8 @@ TEST_F(ProgramTransferTest, FirstBarSeparatesSourceFromTarget) {
     Fail(u"CopyFile");
     EXPECT_FALSE(Linked().DownLoadDiskToRobot(u" a | b | c "));
     EXPECT_TRUE(WasCalled(u"CopyFile(a, b | c, 64)"));
+    EXPECT_FALSE(Linked().DownLoadDiskToRobot(u"|TQX:\\R1\\y.src"));
+    EXPECT_TRUE(WasCalled(u"CopyFile(, TQX:\\R1\\y.src, 64)"));
 }
 
 TEST_F(ProgramTransferTest, WildcardsAndABarDoNotGoTogether) {
@@ -268,6 +270,9 @@ TEST_F(ProgramTransferTest, NameWithoutAnExtensionIsFoundButNotFetched) {
     Text sPath = u"C:\\Temp";
     EXPECT_TRUE(Linked().UpLoadFromRobotToDisk(u"x", sPath));
     EXPECT_EQ(Calls(), Texts{u"ResolvePath(/R1/)"});
+    m_library.lookUps.clear();
+    EXPECT_FALSE(Linked().UpLoadFromRobotToDisk(u"x", sPath));
+    EXPECT_TRUE(WasCalled(u"CopyFile(, , 4160)"));
 }
 
 // ---- Controller to memory ----

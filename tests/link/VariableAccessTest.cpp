@@ -121,6 +121,24 @@ TEST_F(VariableAccessTest, ReportOfAnUnknownNumberHasNoName) {
     EXPECT_EQ(m_form.calls, (Texts{u"SetInfoResult(=value)", u"Vexon1_CmdMessage(=value, 0%)"}));
 }
 
+// A form that ends the link when it hears of a report.
+class EndingForm : public CalledForm {
+  public:
+    void CallByName(TextView sMethod, std::span<const CallArgument> arguments) override {
+        CalledForm::CallByName(sMethod, arguments);
+        g_Comm().ExitVexonComm();
+    }
+};
+
+TEST_F(VariableAccessTest, FormMayEndTheLinkFromAReport) {
+    EndingForm form;
+    g_Comm().ConnectingVexon(u"Form", &form);
+    g_Comm().VexonCommands->SetInfoOn(u"$A", u"");
+    m_library.ServeEvents();
+    EXPECT_EQ(form.calls, (Texts{u"SetInfoResult($A= 1=2 )", u"Vexon1_CmdMessage($A= 1=2 , 0%)"}));
+    EXPECT_FALSE(g_Comm().IsVexonConnected());
+}
+
 TEST_F(VariableAccessTest, FormThatRefusesReportsIsNoFailure) {
     cVexonComm& inner = Linked();
     m_form.bFails = true;

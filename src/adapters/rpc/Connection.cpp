@@ -1,6 +1,10 @@
 #include "adapters/rpc/Connection.h"
 
-#include <asio/write.hpp>
+#include <fcntl.h>
+#include <poll.h>
+
+#include <asio/buffer.hpp>
+#include <cerrno>
 #include <limits>
 #include <system_error>
 #include <utility>
@@ -34,6 +38,7 @@ Connection::Connection(const std::filesystem::path& socket, uid_t user) : m_sock
     try {
         const SocketAddress address(socket);
         m_socket.connect(address.Endpoint());
+        Prepare();
     } catch (const std::system_error& error) {
         throw TroubleError(LinkTrouble::Lost,
                            "no middleware at " + socket.string() + ": " + error.code().message(),
@@ -42,6 +47,12 @@ Connection::Connection(const std::filesystem::path& socket, uid_t user) : m_sock
     if (PeerIsUser(m_socket.native_handle(), user)) return;
     throw TroubleError(LinkTrouble::Lost,
                        "the process at " + socket.string() + " belongs to another user", "connect");
+}
+
+// Waiting is Await's affair alone. A program that is started meanwhile must not keep the link open.
+void Connection::Prepare() {
+    m_socket.non_blocking(true);
+    ::fcntl(m_socket.native_handle(), F_SETFD, FD_CLOEXEC);
 }
 
 void Connection::Close() {
@@ -74,10 +85,33 @@ void Connection::WriteLine(const std::string& sLine, std::string_view sMethod) {
     if (sLine.size() > kMaxLine)
         throw TroubleError(LinkTrouble::BadRequest, "more than one line can hold", sMethod);
     m_sUnsent += sLine;
-    std::error_code error;
-    asio::write(m_socket, asio::buffer(m_sUnsent), error);
+    for (std::size_t nSent = 0; nSent < m_sUnsent.size();) {
+        const std::size_t nNow = WriteSome(std::string_view(m_sUnsent).substr(nSent));
+        nSent += nNow;
+        if (nNow == 0) ReadWhileWriting();
+    }
     m_sUnsent.clear();
-    if (error) throw PeerLost(error);
+}
+
+// The peer may be writing as well, and not read on before that has been read.
+void Connection::ReadWhileWriting() {
+    Await(POLLIN | POLLOUT);
+    ReadSome();
+    TakeNotifications();
+}
+
+// 0 if nothing can be written now.
+std::size_t Connection::WriteSome(std::string_view sBytes) {
+    std::error_code error;
+    const std::size_t nWritten = m_socket.write_some(asio::buffer(sBytes), error);
+    if (error && error != asio::error::would_block) throw PeerLost(error);
+    return nWritten;
+}
+
+void Connection::Await(short nEvents) {
+    pollfd descriptor{m_socket.native_handle(), nEvents, 0};
+    while (::poll(&descriptor, 1, -1) < 0)
+        if (errno != EINTR) throw PeerLost(std::error_code(errno, std::generic_category()));
 }
 
 Json Connection::AwaitAnswer(std::int32_t nId) {
@@ -100,18 +134,15 @@ Json Connection::AwaitAnswer(std::int32_t nId) {
 void Connection::Tell(std::string_view sMethod, Json params) {
     if (!IsOpen()) return;
     m_sUnsent += LineOf(MessageOf(sMethod, std::move(params)));
-    std::error_code error;
-    m_socket.non_blocking(true, error);
-    const std::size_t nSent = m_socket.write_some(asio::buffer(m_sUnsent), error);
-    m_sUnsent.erase(0, nSent);
     std::error_code ignored;
-    m_socket.non_blocking(false, ignored);
+    const std::size_t nSent = m_socket.write_some(asio::buffer(m_sUnsent), ignored);
+    m_sUnsent.erase(0, nSent);
 }
 
 std::string Connection::ReadLine() {
     std::string sLine;
     while (!TakeLine(sLine))
-        ReadSome(true);
+        if (!ReadSome()) Await(POLLIN);
     return sLine;
 }
 
@@ -128,16 +159,14 @@ bool Connection::TakeLine(std::string& sLine) {
     return true;
 }
 
-bool Connection::ReadSome(bool bWait) {
+bool Connection::ReadSome() {
     const std::size_t nOld = m_sInput.size();
     m_sInput.resize(nOld + kReadSize);
-    std::error_code error, ignored;
-    if (!bWait) m_socket.non_blocking(true, ignored);
+    std::error_code error;
     const std::size_t nRead =
         m_socket.read_some(asio::buffer(m_sInput.data() + nOld, kReadSize), error);
-    if (!bWait) m_socket.non_blocking(false, ignored);
     m_sInput.resize(nOld + nRead);
-    if (!bWait && error == asio::error::would_block) return false;
+    if (error == asio::error::would_block) return false;
     if (error) throw PeerLost(error);
     return true;
 }
@@ -158,6 +187,7 @@ void Connection::RemoveReceiver(std::int32_t nObject) {
 }
 
 void Connection::Serve() {
+    // One read is enough: whoever sends more than that gets it served at the next time.
     if (IsOpen()) ReadWaiting();
     // What comes while the callbacks run is for the next time.
     for (std::size_t nLeft = m_waiting.size(); nLeft > 0 && !m_waiting.empty(); --nLeft) {
@@ -168,21 +198,34 @@ void Connection::Serve() {
     }
 }
 
-// One read is enough: whoever sends more than that gets it served at the next time.
-void Connection::ReadWaiting() {
+// While no call waits for its answer.
+void Connection::TakeNotifications() {
+    for (std::string sLine; TakeLine(sLine);) {
+        Incoming incoming = ParseIncoming(sLine);
+        auto* pNotification = std::get_if<Notification>(&incoming);
+        if (!pNotification) throw WireError("an answer to no call");
+        Queue(std::move(*pNotification), sLine.size());
+    }
+}
+
+bool Connection::ReadWaiting() {
     try {
-        ReadSome(false);
-        for (std::string sLine; TakeLine(sLine);) {
-            Incoming incoming = ParseIncoming(sLine);
-            auto* pNotification = std::get_if<Notification>(&incoming);
-            if (!pNotification) throw WireError("an answer to no call");
-            Queue(std::move(*pNotification), sLine.size());
-        }
+        TakeNotifications();  // ahead of the peer's end, which closes
+        const bool bMore = ReadSome();
+        TakeNotifications();
+        return bMore;
     } catch (const WireError&) {
         Close();
     } catch (const PeerLost&) {
         Close();
     }
+    return false;
+}
+
+// It ends: a peer that sends faster than this reads comes to the bounds of Queue.
+void Connection::Collect() {
+    while (IsOpen() && ReadWaiting())
+        continue;
 }
 
 void Connection::Deliver(const Notification& notification) {
@@ -196,7 +239,7 @@ void Connection::Deliver(const Notification& notification) {
 }
 
 bool Connection::HasWaiting() const {
-    return !m_waiting.empty() || m_sInput.find('\n') != std::string::npos;
+    return !m_waiting.empty() || m_sInput.find('\n', m_nSearched) != std::string::npos;
 }
 
 int Connection::Descriptor() {

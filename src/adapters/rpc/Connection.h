@@ -53,6 +53,10 @@ class Connection {
     void AddReceiver(std::int32_t nObject, NotificationReceiver& receiver);
     void RemoveReceiver(std::int32_t nObject);
 
+    // Reads what has come, without waiting and without handing it over; closes if the peer has
+    // gone.
+    void Collect();
+
     // Hands over the notifications that have come so far, without waiting for more. What the
     // receivers' callbacks raise goes to the caller; the rest is there at the next time.
     void Serve();
@@ -64,15 +68,22 @@ class Connection {
   private:
     using Socket = asio::local::stream_protocol::socket;
 
+    void Prepare();
     void WriteLine(const std::string& sLine, std::string_view sMethod);
+    std::size_t WriteSome(std::string_view sBytes);
+    void ReadWhileWriting();
+    // Waits for one of the events of poll.
+    void Await(short nEvents);
     std::string ReadLine();
     // Takes a whole line off what has been read; false if there is none.
     bool TakeLine(std::string& sLine);
-    // Appends what comes next to what has been read. Without `bWait` false if nothing is there.
-    bool ReadSome(bool bWait);
+    // Appends what has come to what has been read; false if nothing is there.
+    bool ReadSome();
+    void TakeNotifications();
     void Queue(Notification notification, std::size_t nBytes);
     Json AwaitAnswer(std::int32_t nId);
-    void ReadWaiting();
+    // False if nothing is there, or the connection has been closed.
+    bool ReadWaiting();
     void Deliver(const Notification& notification);
 
     asio::io_context m_context;

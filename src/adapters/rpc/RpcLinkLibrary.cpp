@@ -37,6 +37,7 @@ class RpcFactory : public LinkFactory {
         : m_shared(std::move(shared)) {}
 
     std::unique_ptr<LinkObject> CreateLinkObject(TextView sProgId, TextView sConnectName) override {
+        if (m_connection) m_connection->Collect();
         if (!m_connection || !m_connection->IsOpen()) m_connection = m_shared->Connect();
         return MakeObject(m_connection, m_shared->resolvePath, sProgId, sConnectName);
     }

@@ -30,6 +30,11 @@ inline constexpr std::size_t kMaxLine = std::size_t{64} * 1024 * 1024;
 // there is, need five.
 inline constexpr int kMaxDepth = 16;
 
+// How many pieces a JSON text may have: its arrays and objects, and what their commas part. A line
+// of nothing but empty objects would take many times its length to hold; no list of a controller's
+// programs comes near.
+inline constexpr std::size_t kMaxPieces = 1'000'000;
+
 // JSON-RPC's own codes, and ours for an operation that failed.
 inline constexpr int kNotJson = -32700;
 inline constexpr int kNoRequest = -32600;
@@ -37,7 +42,8 @@ inline constexpr int kNoSuchMethod = -32601;
 inline constexpr int kBadParams = -32602;
 inline constexpr int kOperationFailed = -32000;
 
-// The JSON text of one line. Raises WireError if it is none, too long, or too deep.
+// The JSON text of one line. Raises WireError if it is none, too long, too deep, or has
+// too many pieces.
 Json ParseLine(std::string_view sLine);
 
 // The line of the JSON text, with its end. All texts in it must come from ToWire.

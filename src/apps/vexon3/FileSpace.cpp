@@ -15,6 +15,7 @@
 
 #include "adapters/posix/NativeName.h"
 #include "adapters/rpc/ControllerName.h"
+#include "adapters/rpc/Wire.h"
 #include "apps/vexon3/OperationFailed.h"
 #include "langtools/BasicText.h"
 #include "platform/FileNamePattern.h"
@@ -188,14 +189,16 @@ std::vector<Text> CollectSorted(const Descriptor& folder, Parts parts) {
 
 // ---- Bytes ----
 
-bool ReadAll(const Descriptor& file, std::string& sBytes) {
+// The bytes, or more than a line can hold and not the rest.
+bool ReadUpToALine(const Descriptor& file, std::string& sBytes) {
     std::array<char, 65536> piece;
-    for (;;) {
+    while (sBytes.size() <= rpc::kMaxLine) {
         const ssize_t nRead = ::read(file.Get(), piece.data(), piece.size());
         if (nRead == 0) return true;
         if (nRead < 0 && errno != EINTR) return false;
         if (nRead > 0) sBytes.append(piece.data(), static_cast<std::size_t>(nRead));
     }
+    return true;
 }
 
 bool WriteAll(const Descriptor& file, std::string_view sBytes) {
@@ -260,8 +263,9 @@ std::string FileSpace::Read(TextView sPath) const {
     const Descriptor file(
         ::openat(folder.Get(), sName.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     std::string sBytes;
-    if (!file.IsOpen() || !ReadAll(file, sBytes))
+    if (!file.IsOpen() || !ReadUpToALine(file, sBytes))
         throw OperationFailed(Trouble::FileTrouble, sPath);
+    if (sBytes.size() > rpc::kMaxLine) throw OperationFailed(Trouble::TooLong, sPath);
     return sBytes;
 }
 

@@ -31,6 +31,7 @@ class FileSpace {
     // directory ahead of that, the first of several by path. Empty if there is none.
     Text Resolve(TextView sLookup) const;
 
+    // Fails for a file of more bytes than a line of the wire, without reading on.
     std::string Read(TextView sPath) const;
     // Puts the file in its place in one step. Its directory must be there.
     void Write(TextView sPath, std::string_view sBytes) const;

@@ -1,7 +1,11 @@
 #include "adapters/rpc/Connection.h"
 
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <functional>
 #include <future>
 
@@ -112,6 +116,12 @@ TEST(ConnectionTest, AProcessOfAnotherUserIsRefused) {
     EXPECT_EQ(TroubleOf([&] { Connection(peer.Socket(), ::geteuid()); }), u"");
 }
 
+TEST(ConnectionTest, AProgramStartedMeanwhileDoesNotKeepTheLinkOpen) {
+    ScriptedPeer peer([](Conversation& talk) { talk.AwaitEnd(); });
+    Connection connection(peer.Socket());
+    EXPECT_EQ(::fcntl(connection.Descriptor(), F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
+}
+
 TEST(ConnectionTest, APeerThatDiesEndsTheCall) {
     EXPECT_EQ(TroubleOfAnswer(""), u"LinkLost");
     EXPECT_EQ(TroubleOfAnswer("{\"jsonrpc\": \"2.0\", \"id\": 1, \"res"), u"LinkLost");
@@ -203,6 +213,60 @@ TEST(ConnectionTest, ARequestTooLongForALineIsNotSent) {
     EXPECT_EQ(connection.Call("Ask", Json::object()), "well");
 }
 
+// Far more than a socket holds, so that each waits for the other one to read.
+const std::string kMuch(8'000'000, 'x');
+
+TEST(ConnectionTest, BothMayWriteMuchAtOnce) {
+    ScriptedPeer peer([](Conversation& talk) {
+        talk.Notify("First", {{"object", 1}, {"value", kMuch}});
+        const Json request = talk.Read();
+        EXPECT_EQ(request.at("params").at("data"), kMuch);
+        talk.Write(Conversation::AnswerTo(request, "well"));
+        talk.AwaitEnd();
+    });
+    Connection connection(peer.Socket());
+    Recorder recorder;
+    connection.AddReceiver(1, recorder);
+    EXPECT_EQ(connection.Call("Ask", {{"data", kMuch}}), "well");
+    connection.Serve();
+    EXPECT_EQ(recorder.methods, (std::vector<std::string>{"First"}));
+}
+
+TEST(ConnectionTest, AnAnswerAheadOfItsCallEndsTheConnection) {
+    ScriptedPeer peer([](Conversation& talk) {
+        talk.Write(Conversation::AnswerTo({{"id", 1}}, "too soon"));
+        talk.Notify("First", {{"object", 1}, {"value", kMuch}});
+        talk.AwaitEnd();
+    });
+    Connection connection(peer.Socket());
+    EXPECT_EQ(TroubleOf([&] { connection.Call("Ask", {{"data", kMuch}}); }), u"BadAnswer");
+    EXPECT_FALSE(connection.IsOpen());
+}
+
+std::atomic<int> nSignals = 0;
+
+TEST(ConnectionTest, ASignalDoesNotEndACall) {
+    struct sigaction action {
+    }, old{};
+    action.sa_handler = [](int) { ++nSignals; };  // and no SA_RESTART: calls of the system end
+    ASSERT_EQ(::sigaction(SIGUSR1, &action, &old), 0);
+    const pthread_t caller = ::pthread_self();
+    {
+        ScriptedPeer peer([caller](Conversation& talk) {
+            const Json request = talk.Read();
+            for (int n = 1; n <= 100; ++n) {
+                ::pthread_kill(caller, SIGUSR1);
+                while (nSignals < n)
+                    std::this_thread::yield();
+            }
+            talk.Write(Conversation::AnswerTo(request, "well"));
+        });
+        Connection connection(peer.Socket());
+        EXPECT_EQ(connection.Call("Ask", Json::object()), "well");
+    }
+    ::sigaction(SIGUSR1, &old, nullptr);
+}
+
 TEST(ConnectionTest, NotificationsWaitUntilTheyAreServed) {
     ScriptedPeer peer([](Conversation& talk) {
         const Json request = talk.Read();
@@ -274,6 +338,108 @@ TEST(ConnectionTest, APeerThatDiesIsSeenWhileServing) {
     ServeToTheEnd(connection);
     connection.Serve();
     EXPECT_EQ(recorder.methods, (std::vector<std::string>{"Last"}));
+}
+
+// A peer that sends these notifications for object 1 with the answer to the first call, and then
+// answers further ones.
+ScriptedPeer::Script Notifying(std::vector<const char*> methods) {
+    return [methods = std::move(methods)](Conversation& talk) {
+        const Json request = talk.Read();
+        for (const char* sMethod : methods)
+            talk.Notify(sMethod, {{"object", 1}});
+        talk.Write(Conversation::AnswerTo(request, "well"));
+        for (;;)
+            talk.Answer("well");
+    };
+}
+
+// Takes methods down, and does something about each.
+class Reacting : public Recorder {
+  public:
+    std::function<void()> react;
+    void Receive(const Notification& notification) override {
+        Recorder::Receive(notification);
+        react();
+    }
+};
+
+TEST(ConnectionTest, WhatACallbackRaisesGoesUpAndTheRestIsThereAtTheNextTime) {
+    ScriptedPeer peer(Notifying({"First", "Second", "Third"}));
+    Connection connection(peer.Socket());
+    Reacting receiver;
+    receiver.react = [] { Raise(ErrorNumber::NoSuchMember); };
+    connection.AddReceiver(1, receiver);
+    connection.Call("Ask", Json::object());
+    for (const std::size_t nServed : {1U, 2U, 3U}) {
+        EXPECT_THROW(connection.Serve(), RuntimeError);
+        EXPECT_EQ(receiver.methods.size(), nServed);
+    }
+    EXPECT_NO_THROW(connection.Serve());
+    EXPECT_EQ(connection.Call("Ask", Json::object()), "well");
+}
+
+TEST(ConnectionTest, ACallbackMayCallAndServe) {
+    ScriptedPeer peer(Notifying({"First", "Second", "Third"}));
+    Connection connection(peer.Socket());
+    Reacting receiver;
+    receiver.react = [&] {
+        EXPECT_EQ(connection.Call("Ask", Json::object()), "well");
+        connection.Serve();
+    };
+    connection.AddReceiver(1, receiver);
+    connection.Call("Ask", Json::object());
+    connection.Serve();
+    EXPECT_EQ(receiver.methods, (std::vector<std::string>{"First", "Second", "Third"}));
+}
+
+TEST(ConnectionTest, ACallbackMayCloseTheConnection) {
+    ScriptedPeer peer(Notifying({"First", "Second"}));
+    Connection connection(peer.Socket());
+    Reacting receiver;
+    receiver.react = [&] {
+        connection.Close();
+        connection.RemoveReceiver(1);
+    };
+    connection.AddReceiver(1, receiver);
+    connection.Call("Ask", Json::object());
+    connection.Serve();
+    EXPECT_EQ(receiver.methods, (std::vector<std::string>{"First"}));
+}
+
+// Waits until the peer has closed its end; what it has sent is still there.
+void AwaitPeersEnd(Connection& connection) {
+    pollfd descriptor{connection.Descriptor(), POLLRDHUP, 0};
+    ASSERT_EQ(::poll(&descriptor, 1, 20'000), 1);
+}
+
+TEST(ConnectionTest, TheLastReportsOfAPeerAreServed) {
+    ScriptedPeer peer([&](Conversation& talk) {
+        const Json last{{"jsonrpc", "2.0"}, {"method", "Last"}, {"params", {{"object", 1}}}};
+        talk.Write(Conversation::AnswerTo(talk.Read(), "well") + LineOf(last));
+    });
+    Connection connection(peer.Socket());
+    Recorder recorder;
+    connection.AddReceiver(1, recorder);
+    EXPECT_EQ(connection.Call("Ask", Json::object()), "well");
+    AwaitPeersEnd(connection);
+    connection.Serve();
+    EXPECT_EQ(recorder.methods, (std::vector<std::string>{"Last"}));
+    EXPECT_FALSE(connection.IsOpen());
+}
+
+TEST(ConnectionTest, CollectingSeesThatThePeerHasGone) {
+    ScriptedPeer peer([&](Conversation& talk) {
+        for (int n = 0; n < 5'000; ++n)  // more than one read takes, and less than may wait
+            talk.Notify("Report", {{"object", 1}});
+    });
+    Connection connection(peer.Socket());
+    Recorder recorder;
+    connection.AddReceiver(1, recorder);
+    while (connection.IsOpen())
+        connection.Collect();
+    EXPECT_TRUE(recorder.methods.empty());
+    connection.Serve();
+    EXPECT_EQ(recorder.methods.size(), 5'000U);
 }
 
 TEST(ConnectionTest, WhatIsToldHasNoNumberAndNoAnswer) {

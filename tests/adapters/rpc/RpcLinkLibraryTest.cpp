@@ -140,6 +140,19 @@ TEST(RpcLinkLibraryTest, BehindALostPeerNewObjectsConnectAnew) {
         *old, [&] { old->ReadVar(u"$NUM_OUT"); }, u"LinkLost");
 }
 
+TEST(RpcLinkLibraryTest, APeerThatHasComeBackIsFoundByTheNextObject) {
+    Link link({[](Conversation& talk) { talk.MakeObject(1); },
+               [](Conversation& talk) {
+                   talk.MakeObject(1);
+                   talk.Answer({{"value", "4096"}});
+               }});
+    const auto factory = link.library.CreateFactory();
+    const auto old = Link::Cast<SyncVar>(factory->CreateLinkObject(kSyncVarId, u"Test"));
+    ASSERT_TRUE(link.library.WaitForEvents(std::chrono::seconds(20)));  // the peer's end
+    const auto next = Link::Cast<SyncVar>(factory->CreateLinkObject(kSyncVarId, u"Test"));
+    EXPECT_EQ(next->ReadVar(u"$NUM_OUT"), u"4096");
+}
+
 TEST(RpcLinkLibraryTest, ACallWaitsForALatePeer) {
     std::promise<void> go;
     Link link([&](Conversation& talk) {

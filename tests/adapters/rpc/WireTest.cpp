@@ -19,12 +19,33 @@ TEST(WireTest, ALineIsOneJsonText) {
 
 TEST(WireTest, NestingHasALimit) {
     EXPECT_NO_THROW(ParseLine(Nested(kMaxDepth)));
-    EXPECT_THROW(ParseLine(Nested(kMaxDepth + 2)), WireError);
+    EXPECT_THROW(ParseLine(Nested(kMaxDepth + 1)), WireError);
     EXPECT_THROW(ParseLine(std::string(1'000'000, '[')), WireError);
     std::string sObjects;
     for (int n = 0; n < 100'000; ++n)
         sObjects += "{\"a\":";
     EXPECT_THROW(ParseLine(sObjects), WireError);
+}
+
+TEST(WireTest, ThePiecesOfALineHaveALimit) {
+    const auto listOf = [](std::size_t nValues, std::string_view sValue) {
+        std::string sList = "[";
+        for (std::size_t n = 0; n < nValues; ++n)
+            sList.append(n == 0 ? "" : ",").append(sValue);
+        return sList + "]";
+    };
+    EXPECT_EQ(ParseLine(listOf(kMaxPieces, "0")).size(), kMaxPieces);
+    EXPECT_THROW(ParseLine(listOf(kMaxPieces + 1, "0")), WireError);
+    EXPECT_EQ(ParseLine(listOf(kMaxPieces / 2, "{}")).size(), kMaxPieces / 2);
+    EXPECT_THROW(ParseLine(listOf(kMaxPieces / 2 + 1, "{}")), WireError);
+    EXPECT_THROW(ParseLine("{\"a\":" + listOf(kMaxPieces, "\"\"") + "}"), WireError);
+}
+
+TEST(WireTest, WhatStandsInATextIsNoPieceAndNoNesting) {
+    const std::string sBrackets(100, '['), sCommas(kMaxPieces + 1, ',');
+    for (const std::string& sText : {sBrackets, sCommas, "\\\"" + sBrackets, sBrackets + "\\\\"})
+        EXPECT_NO_THROW(ParseLine("[\"" + sText + "\", \"" + sText + "\"]"));
+    EXPECT_THROW(ParseLine("[\"\\\\\"," + Nested(kMaxDepth) + "]"), WireError);
 }
 
 TEST(WireTest, ALineHasALimit) {

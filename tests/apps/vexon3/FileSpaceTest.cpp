@@ -4,6 +4,7 @@
 
 #include "adapters/posix/NativeName.h"
 #include "adapters/posix/TemporaryFolder.h"
+#include "adapters/rpc/Wire.h"
 #include "apps/vexon3/TroubleOf.h"
 #include "testing/TextPrinting.h"
 
@@ -85,6 +86,11 @@ TEST_F(FileSpaceTest, FilesAreReadAndWritten) {
     m_files.Write(u"tqx:\\r1\\New.src", "x");
     EXPECT_EQ(OnDisk("space/R1/New.src"), "x");
     EXPECT_EQ(m_files.List(u"TQX:\\R1\\"), (Names{u"a.src", u"B.dat", u"New.src"}));
+}
+
+TEST_F(FileSpaceTest, AFileLongerThanALineIsNotRead) {
+    fs::resize_file(m_folder / "space/R1/a.src", rpc::kMaxLine + 1);
+    EXPECT_EQ(TroubleOf([&] { m_files.Read(u"TQX:\\R1\\a.src"); }), u"TooLong");
 }
 
 TEST_F(FileSpaceTest, ADeletedFileIsGone) {
