@@ -27,31 +27,39 @@ const Size kSizes[] = {
     {u"GETVARSIZE(#BIN_IN)", g_nNumBinIn, 20},
 };
 
-void ReadSize(const Size& size) {
+SystemSize ReadSize(const Size& size) {
     Text sValue;
-    if (g_Comm().VCShowVar(size.sVariable, sValue))
+    const bool bTold = g_Comm().VCShowVar(size.sVariable, sValue);
+    if (bTold)
         g_Tools().Str2Int(sValue, size.nSize);
     else
         size.nSize = size.nUsual;
+    return {size.sVariable, size.nSize, bTold ? SizeSource::Told : SizeSource::Usual};
 }
 
 // The parameters' names are one text, separated by blanks; their count is believed from 257 to 998.
-void ReadProcParam() {
+SystemSize ReadProcParam() {
+    constexpr TextView kVariable = u"PROCPAR[]";
     constexpr std::int16_t kUsual = 256;
     constexpr std::int16_t kTooMany = 999;
     Text sValue;
-    if (!g_Comm().VCShowVar(u"PROCPAR[]", sValue)) return;
+    if (!g_Comm().VCShowVar(kVariable, sValue))
+        return {kVariable, g_nNumProcParam, SizeSource::Untouched};
     g_Parser().Parse(sValue, u" ", u" ");
     const std::int16_t nCount = g_Parser().count();
-    g_nNumProcParam = nCount > kUsual && nCount < kTooMany ? nCount : kUsual;
+    const bool bBelieved = nCount > kUsual && nCount < kTooMany;
+    g_nNumProcParam = bBelieved ? nCount : kUsual;
+    return {kVariable, g_nNumProcParam, bBelieved ? SizeSource::Told : SizeSource::Usual};
 }
 
 }  // namespace
 
-void ReadSystemSizes() {
+std::vector<SystemSize> ReadSystemSizes() {
+    std::vector<SystemSize> sizes;
     for (const Size& size : kSizes)
-        ReadSize(size);
-    ReadProcParam();
+        sizes.push_back(ReadSize(size));
+    sizes.push_back(ReadProcParam());
+    return sizes;
 }
 
 }  // namespace nomira

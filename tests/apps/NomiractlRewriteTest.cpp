@@ -1,5 +1,7 @@
 #include <sys/stat.h>
 
+#include <thread>
+
 #include "apps/CommandRun.h"
 
 namespace {
@@ -74,6 +76,24 @@ TEST_F(NomiractlRewriteTest, DryRunAndCheckChangeNothing) {
     EXPECT_EQ(Rewrite({"--check", sFile}).exit, ExitCode::Refused);
     EXPECT_EQ(CommandRun::Bytes(sFile), kProgram);
     EXPECT_EQ(Rewrite({"--check", m_run.Write("b.src", kRewritten)}).exit, ExitCode::Done);
+}
+
+// The first program is a pipe, so that the database breaks between the start and the first name.
+TEST_F(NomiractlRewriteTest, ADatabaseThatBreaksInTheMiddleEmptiesNoName) {
+    const std::string sPipe = (m_run.Root() / "pipe.src").string();
+    ASSERT_EQ(mkfifo(sPipe.c_str(), 0600), 0);
+    const std::string sFile = m_run.Write("z.src", kProgram);
+    std::thread breaker([&] {
+        std::ofstream pipe(sPipe, std::ios::binary);
+        nomira::testing::ExecuteOn(m_run.Database(), "DROP TABLE Messages");
+        pipe << kProgram;
+    });
+    const Outcome done = Rewrite({"--dry-run", "--diff", sPipe, sFile});
+    breaker.join();
+    EXPECT_EQ(done.exit, ExitCode::Refused);
+    EXPECT_EQ(done.out, "");
+    EXPECT_TRUE(Contains(done.err, "z.src: ")) << done.err;
+    EXPECT_TRUE(Contains(done.err, "no such table")) << done.err;
 }
 
 TEST_F(NomiractlRewriteTest, ShowsAUnifiedDiff) {

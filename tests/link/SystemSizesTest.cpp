@@ -48,6 +48,27 @@ TEST_F(SystemSizesTest, EachAnswerGoesIntoItsVariable) {
     EXPECT_EQ(Sizes(), (std::vector<int>{11, 12, 13, 14, 15, 16, 17, 18, 19, 300}));
 }
 
+TEST_F(SystemSizesTest, TellsWhereEachSizeCameFrom) {
+    m_library.SetVariable(u"$NUM_OUT", u"4096");
+    AnswerWithTokens(256);
+    Linked();
+    const std::vector<SystemSize> sizes = ReadSystemSizes();
+    ASSERT_EQ(sizes.size(), 10U);
+    EXPECT_EQ(sizes[0].sVariable, u"$NUM_OUT");
+    EXPECT_EQ(sizes[0].nSize, 4096);
+    EXPECT_TRUE(sizes[0].source == SizeSource::Told);
+    EXPECT_EQ(sizes[7].sVariable, u"GETVARSIZE(#BIN_OUT)");
+    EXPECT_EQ(sizes[7].nSize, 20);
+    EXPECT_TRUE(sizes[7].source == SizeSource::Usual);
+    EXPECT_EQ(sizes[9].sVariable, u"PROCPAR[]");
+    EXPECT_TRUE(sizes[9].source == SizeSource::Usual) << "256 names are not believed";
+    AnswerWithTokens(300);
+    EXPECT_TRUE(ReadSystemSizes()[9].source == SizeSource::Told);
+    m_library.Fail(u"ReadVar(PROCPAR[]");
+    EXPECT_TRUE(ReadSystemSizes()[9].source == SizeSource::Untouched);
+    EXPECT_EQ(ReadSystemSizes()[9].nSize, 300);
+}
+
 TEST_F(SystemSizesTest, WithoutTheMiddlewareTheUsualSizesTakeOver) {
     Unlinked();
     for (std::int16_t* pSize : {&g_nNumIo, &g_nNumNotice, &g_nNumTimer, &g_nNumCounter, &g_nNumFlag,
@@ -85,6 +106,14 @@ TEST_F(SystemSizesTest, CountOfProcessParametersIsBelievedFrom257To998) {
         ReadSystemSizes();
         EXPECT_EQ(g_nNumProcParam, nSize) << nTokens;
     }
+}
+
+TEST_F(SystemSizesTest, MoreProcessParametersThanCanBeCountedOverflow) {
+    Linked();
+    g_nNumProcParam = 77;
+    AnswerWithTokens(32768);
+    EXPECT_EQ(Raised([] { ReadSystemSizes(); }), ErrorNumber::Overflow);
+    EXPECT_EQ(g_nNumProcParam, 77);
 }
 
 TEST_F(SystemSizesTest, WithoutAnInnerObjectTheReadFails) {

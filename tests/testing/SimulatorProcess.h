@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -65,6 +66,7 @@ class SimulatorProcess {
         ::fcntl(log[1], F_SETPIPE_SZ, kLogSize);
         m_nChild = ::fork();
         if (m_nChild == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // a test that is killed leaves nothing behind
             ::dup2(::open("/dev/null", O_RDWR), STDIN_FILENO);
             ::dup2(log[1], STDERR_FILENO);
             ::execv(m_sProgram.c_str(), argv.data());

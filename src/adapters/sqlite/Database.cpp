@@ -95,8 +95,15 @@ void Database::Forget() {
     m_remembered.Clear();
 }
 
-std::shared_ptr<const ResultSet> Database::Recall(const std::string& sSql, bool bWritable) const {
-    return m_rememberedState ? m_remembered.Find(sSql, bWritable) : nullptr;
+std::shared_ptr<const ResultSet> Database::Recall(const std::string& sSql, bool bWritable) {
+    if (!m_rememberedState) return nullptr;
+    auto result = m_remembered.Find(sSql, bWritable);
+    if (!result) return nullptr;
+    // The database may have been open for long.
+    const auto state = TryLookAtFile(m_path);
+    if (state && IsAsRemembered(*state)) return result;
+    Forget();
+    return nullptr;
 }
 
 void Database::Remember(const std::string& sSql, bool bWritable,

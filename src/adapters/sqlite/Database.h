@@ -71,7 +71,7 @@ class Database {
 
     // What a query gave when it was last run, if nobody has changed the file since: nullptr if it
     // hasn't been run, or that can't be told.
-    std::shared_ptr<const ResultSet> Recall(const std::string& sSql, bool bWritable) const;
+    std::shared_ptr<const ResultSet> Recall(const std::string& sSql, bool bWritable);
     void Remember(const std::string& sSql, bool bWritable, std::shared_ptr<const ResultSet> result);
 
     // Runs a statement on to its next row, and false behind the last one. Raises EngineFailure.

@@ -29,4 +29,16 @@ ExitCode RewritePrograms(const Options& options, Streams streams);
 // A customer's file of signal assignments into the database: everything, or nothing.
 ExitCode HarvestAssignments(const Options& options, Streams streams);
 
+// The names in a directory of the controller.
+ExitCode ListController(const Options& options, Streams streams);
+// Programs of the controller to the disk, and back; each by itself, as in RewritePrograms.
+ExitCode FetchPrograms(const Options& options, Streams streams);
+ExitCode SendPrograms(const Options& options, Streams streams);
+// Reads the controller's variables, and writes those with a value.
+ExitCode WorkVariables(const Options& options, Streams streams);
+// How many signals of each class the controller has.
+ExitCode ShowSizes(const Options& options, Streams streams);
+// RewritePrograms for programs on the controller; only what changes is sent back.
+ExitCode RewriteOnRobot(const Options& options, Streams streams);
+
 }  // namespace nomira::companion

@@ -6,6 +6,7 @@
 
 #include "adapters/posix/NativeName.h"
 #include "adapters/posix/PosixMachine.h"
+#include "adapters/rpc/RpcLinkLibrary.h"
 #include "adapters/sqlite/SqliteEngine.h"
 #include "apps/nomiractl/CustomerRegistry.h"
 #include "apps/nomiractl/HeldNotice.h"
@@ -13,6 +14,7 @@
 #include "langtools/BasicText.h"
 #include "langtools/CodePage.h"
 #include "langtools/ProgramState.h"
+#include "link/LinkLibrary.h"
 #include "platform/Platform.h"
 
 namespace nomira::companion {
@@ -32,7 +34,9 @@ struct Machine::Parts {
           database(options.database.empty() ? fs::path(posix.prefix.NativePath(kLongTextDatabase))
                                             : options.database),
           notice(posix.closedLibrary),
-          engine([this](TextView sPath) { return FileOf(sPath); }) {
+          engine([this](TextView sPath) { return FileOf(sPath); }),
+          link(rpc::DefaultSocket(posix.prefix.Root()),
+               [this](TextView sPath) { return FileOf(sPath); }) {
         if (options.customer)
             customerRegistry.emplace(posix.registry, posix.locale.EightBitPage().Encode(
                                                          posix::FromNative(*options.customer)));
@@ -54,6 +58,7 @@ struct Machine::Parts {
     CollectingDesktop desktop;
     HeldNotice notice;
     sqlite::SqliteEngine engine;
+    rpc::RpcLinkLibrary link;
 };
 
 Machine::Machine(const Options& options) : m_parts(std::make_unique<Parts>(options)) {
@@ -66,10 +71,12 @@ Machine::Machine(const Options& options) : m_parts(std::make_unique<Parts>(optio
                  .closedLibrary = &m_parts->notice,
                  .sCommandLine = {}});
     SetDatabaseEngine(&m_parts->engine);
+    SetLinkLibrary(&m_parts->link);
 }
 
 Machine::~Machine() {
     ResetProgramState();
+    SetLinkLibrary(nullptr);
     SetDatabaseEngine(nullptr);
     SetPlatform({});
 }
@@ -80,6 +87,10 @@ const fs::path& Machine::Database() const {
 
 DatabaseEngine& Machine::Engine() {
     return m_parts->engine;
+}
+
+std::filesystem::path Machine::ControllerSocket() const {
+    return rpc::DefaultSocket(m_parts->posix.prefix.Root());
 }
 
 CollectingDesktop& Machine::Boxes() {

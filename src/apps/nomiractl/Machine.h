@@ -25,6 +25,9 @@ class Machine {
     // Finds it under the core's path.
     DatabaseEngine& Engine();
 
+    // Where the controller's middleware is looked for.
+    std::filesystem::path ControllerSocket() const;
+
     // The desktop on which the core's message boxes end.
     CollectingDesktop& Boxes();
 

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <exception>
 
+#include "adapters/posix/NativeName.h"
+#include "adapters/rpc/ControllerName.h"
 #include "apps/nomiractl/Commands.h"
 #include "apps/nomiractl/Words.h"
 #include "langtools/RuntimeError.h"
@@ -23,13 +25,14 @@ constexpr const char* kDescription =
 constexpr const char* kFooter =
     "Exit status:\n"
     "  0  done\n"
-    "  1  something was refused or failed, and nothing was changed (rewrite: the programs named\n"
-    "     were left as they are, the others are done; with --check: something would change)\n"
+    "  1  something was refused or failed, and nothing was changed (rewrite, controller: what is\n"
+    "     named was left as it is, the others are done; rewrite --check: something would change)\n"
     "  2  wrong usage\n"
     "\n"
     "Paths on the command line are this system's own. Without --prefix, the prefix is\n"
     "$NOMIRA_PREFIX, or $XDG_DATA_HOME/nomira, or ~/.local/share/nomira; its registry.reg and\n"
-    "nomira.conf apply. A text file is in the 8-bit code page (1252) with CR LF line ends.";
+    "nomira.conf apply. A text file is in the 8-bit code page (1252) with CR LF line ends.\n"
+    "The controller's middleware is looked for on run/vexon3.sock in the prefix.";
 
 // The command line, and what it asks for.
 class Arguments {
@@ -45,6 +48,7 @@ class Arguments {
         AddExport();
         AddRewrite();
         AddHarvest();
+        AddController();
     }
 
     void Parse(std::vector<std::string> args) {
@@ -52,6 +56,9 @@ class Arguments {
         m_app.parse(args);
         if (m_options.bJson && m_command == ExportTextFile && m_options.file == "-")
             throw CLI::ValidationError("--json", "needs a file as the export's target");
+        if (m_command == RewriteOnRobot && m_options.bAll != m_options.names.empty())
+            throw CLI::ValidationError("controller rewrite", "needs programs, or --all");
+        CheckTarget();
     }
 
     // For --help as well as for errors.
@@ -62,6 +69,16 @@ class Arguments {
     ExitCode Run(Streams streams) const { return m_command(m_options, streams); }
 
   private:
+    void CheckTarget() const {
+        if (m_options.target.empty()) return;
+        if (!rpc::IsControllerPath(posix::FromNative(m_options.target)))
+            throw CLI::ValidationError("--to",
+                                       "needs a path of the controller, as TQX:\\R1\\x.src");
+        if (m_options.names.size() > 1 && !m_options.target.ends_with('\\'))
+            throw CLI::ValidationError("--to",
+                                       "needs a directory for several files, as TQX:\\R1\\");
+    }
+
     void AddCommonOptions() {
         m_app
             .add_option("--prefix", m_options.prefix, "The folder that stands for C: and registry")
@@ -123,10 +140,14 @@ class Arguments {
             ->add_option("PATH", m_options.programs,
                          "Programs, or directories of which all *.src files are taken")
             ->required();
-        command->add_flag("--dry-run", m_options.bDryRun, "Report, but change nothing");
-        command->add_flag("--diff", m_options.bDiff, "Show the changes as a unified diff");
-        command->add_flag("--check", m_options.bCheck,
-                          "Change nothing; exit status 1 if something would change");
+        AddRewriteFlags(*command);
+    }
+
+    void AddRewriteFlags(CLI::App& command) {
+        command.add_flag("--dry-run", m_options.bDryRun, "Report, but change nothing");
+        command.add_flag("--diff", m_options.bDiff, "Show the changes as a unified diff");
+        command.add_flag("--check", m_options.bCheck,
+                         "Change nothing; exit status 1 if something would change");
     }
 
     void AddHarvest() {
@@ -141,6 +162,48 @@ class Arguments {
         command->add_flag("--with-symbols", m_options.bWithSymbols,
                           "Keep comments of the form \"symbol ; text\" whole");
         command->add_flag("--dry-run", m_options.bDryRun, "Report, but change nothing");
+    }
+
+    void AddController() {
+        CLI::App* robot = m_app.add_subcommand("controller",
+                                               "Work with the programs and variables of the robot"
+                                               " controller");
+        robot->require_subcommand(1);
+        robot->fallthrough();
+        CLI::App* list = Add(*robot, "ls", "List the files of a directory", ListController);
+        list->add_option("DIR", m_options.directory,
+                         "A directory of the controller, as R1\\Program (default: R1)");
+        list->add_flag("--dirs", m_options.bDirectories, "List its directories instead");
+        AddTransfers(*robot);
+        CLI::App* vars = Add(*robot, "vars", "Read or write variables", WorkVariables);
+        vars->add_option("NAME", m_options.names, "NAME reads a variable, NAME=VALUE writes it")
+            ->required();
+        Add(*robot, "sizes", "Show how many signals of each class the controller has", ShowSizes);
+        CLI::App* rewrite =
+            Add(*robot, "rewrite",
+                "Bring the database's names into the fold headers of programs on the controller",
+                RewriteOnRobot);
+        rewrite->add_option("NAME", m_options.names, "Programs, found by name in all directories");
+        rewrite->add_flag("--all", m_options.bAll, "Take all *.src files of all directories");
+        AddRewriteFlags(*rewrite);
+    }
+
+    void AddTransfers(CLI::App& robot) {
+        CLI::App* fetch = Add(robot, "fetch", "Copy programs to the disk", FetchPrograms);
+        fetch->add_option("NAME", m_options.names, "Programs, found by name in all directories")
+            ->required();
+        fetch->add_option("--to", m_options.folder, "The folder to copy to (default: this one)")
+            ->type_name("DIR");
+        fetch->add_flag("--force", m_options.bForce, "Write over files that are there");
+        CLI::App* send =
+            Add(robot, "send",
+                "Copy programs to where the controller has one of that name, else to its root",
+                SendPrograms);
+        send->add_option("FILE", m_options.names, "The programs")->required();
+        send->add_option("--to", m_options.target,
+                         "A path of the controller to copy to instead, as TQX:\\R1\\x.src; one that"
+                         " ends in \\ is a directory")
+            ->type_name("PATH");
     }
 
     CLI::App m_app;

@@ -42,10 +42,14 @@ std::string Utf8(TextView sText) {
 }
 
 std::string Shown(TextView sText) {
-    Text sLine(sText.substr(0, kMostShown));
+    return ShownWhole(sText.substr(0, kMostShown)) + (sText.size() > kMostShown ? "..." : "");
+}
+
+std::string ShownWhole(TextView sText) {
+    Text sLine(sText);
     for (char16_t& c : sLine)
         if (IsControl(c)) c = u'?';
-    return Utf8(sLine) + (sText.size() > kMostShown ? "..." : "");
+    return Utf8(sLine);
 }
 
 Text CorePath(const std::filesystem::path& path) {

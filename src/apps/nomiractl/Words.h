@@ -13,6 +13,8 @@ std::string Utf8(TextView sText);
 
 // For one line on a terminal: UTF-8, control characters as "?", cut with "..." if it is long.
 std::string Shown(TextView sText);
+// The same, whatever its length.
+std::string ShownWhole(TextView sText);
 
 // The path as the core has it, absolute. Throws Refusal for one with a backslash, which separates
 // folders there.

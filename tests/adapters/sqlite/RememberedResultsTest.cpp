@@ -23,7 +23,14 @@ class RememberedResultsTest : public ::testing::Test {
   protected:
     RememberedResultsTest() {
         db.Execute("INSERT INTO Items VALUES(1,'IO','IN_1')");
+        SetTime(1'000'000'000);
         Open(1h);
+    }
+
+    // So long ago that each change to come gives the file another time.
+    void SetTime(time_t nSeconds) const {
+        const timespec times[2]{{nSeconds, 0}, {nSeconds, 0}};
+        ASSERT_EQ(::utimensat(AT_FDCWD, db.Path().c_str(), times, 0), 0);
     }
 
     // As the pool does ahead of each use, `later` than the file's last change.
@@ -72,8 +79,7 @@ TEST_F(RememberedResultsTest, AFileThatWasChangedJustNowIsReadEachTime) {
 
 TEST_F(RememberedResultsTest, AnotherStateOfTheFileEndsIt) {
     const auto first = ReadQuery(database, kLookUp, true);
-    const timespec times[2]{{1'000'000'000, 0}, {1'000'000'000, 0}};
-    ASSERT_EQ(::utimensat(AT_FDCWD, db.Path().c_str(), times, 0), 0);
+    SetTime(1'000'000'001);
     Open(1h);
     EXPECT_NE(ReadQuery(database, kLookUp, true), first);
     EXPECT_TRUE(IsRemembered());

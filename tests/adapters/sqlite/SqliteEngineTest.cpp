@@ -291,8 +291,14 @@ TEST_F(SqliteEngineTest, ARollbackJournalThatAKilledProcessLeftIsPlayedBack) {
 class SqliteWarmHandleTest : public SqliteEngineTest, public ::testing::WithParamInterface<bool> {
   protected:
     SqliteWarmHandleTest() {
+        if (GetParam()) m_ahead = std::chrono::hours(1);
+        Settle();
+    }
+
+    // Makes the file one that was changed long ago, so that each change to come gives it another
+    // time.
+    void Settle() const {
         if (!GetParam()) return;
-        m_ahead = std::chrono::hours(1);
         const timespec longAgo{1'000'000'000, 0};
         const timespec times[2]{longAgo, longAgo};
         ::utimensat(AT_FDCWD, db.Path().c_str(), times, 0);
@@ -358,6 +364,22 @@ TEST_P(SqliteWarmHandleTest, AnotherProcesssChangeIsSeen) {
     EXPECT_EQ(Read(u"IN_1"), u"from outside");
 }
 
+TEST_P(SqliteWarmHandleTest, AChangeIsSeenThroughAConnectionThatStaysOpenToo) {
+    db.Execute("INSERT INTO Items VALUES(1,'IO','IN_1'); INSERT INTO Messages VALUES(1,99,'a')");
+    Settle();
+    ASSERT_TRUE(OpenDatabase(kLongTextDatabase));
+    const auto read = [] {
+        Text sText;
+        ReadMessageString(FindKeyId(u"IO", u"IN_1", g_Connection.get()), sText, g_Connection.get());
+        return sText;
+    };
+    EXPECT_EQ(read(), u"a");
+    db.Execute("UPDATE Messages SET String='b'");
+    EXPECT_EQ(read(), u"b");
+    db.Execute("DELETE FROM Messages");
+    EXPECT_EQ(read(), u"");
+}
+
 TEST_P(SqliteWarmHandleTest, AChangeOfOnesOwnIsSeen) {
     EXPECT_EQ(Read(u"IN_1"), u"<none>");
     ASSERT_TRUE(OpenDatabase(kLongTextDatabase));
@@ -379,6 +401,7 @@ TEST_P(SqliteWarmHandleTest, AFileWhoseRightsWereTakenAwayIsReadOnlyFromThenOn) 
 
 TEST_P(SqliteWarmHandleTest, ARowThatIsHeldByTwoStaysAsItWasForTheOther) {
     db.Execute("INSERT INTO Items VALUES(1,'IO','IN_1')");
+    Settle();
     ASSERT_TRUE(OpenDatabase(kLongTextDatabase));
     const auto open = [&] {
         auto rows = db.Engine().CreateRecordset();

@@ -1,0 +1,124 @@
+#include "apps/nomiractl/RewriteRun.h"
+
+#include <fmt/format.h>
+#include <fmt/ostream.h>
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <utility>
+
+#include "apps/nomiractl/Words.h"
+
+namespace nomira::companion {
+namespace {
+
+namespace fs = std::filesystem;
+
+void PrintFindings(const ProgramReport& report, std::ostream& err) {
+    if (!report.failure.empty())
+        fmt::print(err, "nomiractl: {}: {}\n", report.sName, report.failure);
+    for (const LineFinding& finding : report.plan.refused)
+        fmt::print(err, "nomiractl: {}:{}: warning: {}\n", report.sName, finding.nLine,
+                   Shown(finding.sText));
+    if (report.plan.stopped)
+        fmt::print(err, "nomiractl: {}:{}: {}; the program was left as it is\n", report.sName,
+                   report.plan.stopped->nLine, Shown(report.plan.stopped->sText));
+}
+
+struct Totals {
+    std::size_t nPrograms = 0, nChanged = 0, nLines = 0, nFailed = 0;
+};
+
+Totals Count(const std::vector<ProgramReport>& reports) {
+    Totals totals;
+    totals.nPrograms = reports.size();
+    for (const ProgramReport& report : reports) {
+        totals.nChanged += report.plan.changes.empty() || !report.IsFine() ? 0 : 1;
+        totals.nLines += report.IsFine() ? report.plan.changes.size() : 0;
+        totals.nFailed += report.IsFine() ? 0 : 1;
+    }
+    return totals;
+}
+
+nlohmann::ordered_json AsJson(const ProgramReport& report) {
+    nlohmann::ordered_json file{{"file", report.sName}};
+    file["changed_lines"] = nlohmann::ordered_json::array();
+    for (const LineChange& change : report.plan.changes)
+        file["changed_lines"].push_back(change.nLine);
+    file["refused"] = nlohmann::ordered_json::array();
+    for (const LineFinding& finding : report.plan.refused)
+        file["refused"].push_back({{"line", finding.nLine}, {"text", Utf8(finding.sText)}});
+    if (report.plan.stopped)
+        file["stopped"] = {{"line", report.plan.stopped->nLine},
+                           {"reason", Utf8(report.plan.stopped->sText)}};
+    if (!report.failure.empty()) file["failure"] = report.failure;
+    return file;
+}
+
+}  // namespace
+
+std::string ReadProgram(const fs::path& path) {
+    if (fs::is_directory(path)) throw Refusal("is a directory");
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream bytes;
+    if (!file || !(bytes << file.rdbuf())) {
+        if (fs::exists(path) && fs::is_empty(path)) return {};
+        throw Refusal(fs::exists(path) ? "can't be read" : "there is no such file");
+    }
+    return bytes.str();
+}
+
+void RewriteRun::Rewrite(const std::string& sName, const Read& read, const Write& write) {
+    ProgramReport report{sName, {}, {}};
+    try {
+        const std::string sBytes = read();
+        RewritePlan plan = PlanRewrite(sBytes, m_desktop);
+        m_database.RequireNoFailure();
+        report.plan = std::move(plan);
+        if (m_options.bDiff) m_streams.out << UnifiedDiff(sName, sBytes, report.plan.changes);
+        if (!report.plan.changes.empty() && ChangesPrograms()) write(report.plan.sNewBytes);
+    } catch (const Refusal& refusal) {
+        report.failure = refusal.what();
+    }
+    Add(std::move(report));
+}
+
+void RewriteRun::AddFailure(const std::string& sName, const std::string& sWhy) {
+    Add({sName, {}, sWhy});
+}
+
+void RewriteRun::Add(ProgramReport report) {
+    m_reports.push_back(std::move(report));
+    PrintFindings(m_reports.back(), m_streams.err);
+}
+
+void RewriteRun::PrintJson() const {
+    const Totals totals = Count(m_reports);
+    nlohmann::ordered_json json{
+        {"written", ChangesPrograms()}, {"programs", totals.nPrograms},
+        {"changed", totals.nChanged},   {"lines", totals.nLines},
+        {"failed", totals.nFailed},     {"files", nlohmann::ordered_json::array()}};
+    for (const ProgramReport& report : m_reports)
+        json["files"].push_back(AsJson(report));
+    m_streams.out << json.dump(2) << '\n';
+}
+
+void RewriteRun::PrintSummary() const {
+    const Totals totals = Count(m_reports);
+    fmt::print(m_streams.out, "{} programs, {} {} ({} lines), {} with errors\n", totals.nPrograms,
+               totals.nChanged, ChangesPrograms() ? "changed" : "would change", totals.nLines,
+               totals.nFailed);
+}
+
+ExitCode RewriteRun::Finish() const {
+    if (m_options.bJson)
+        PrintJson();
+    else if (!m_options.bQuiet && !m_options.bDiff)
+        PrintSummary();
+    const Totals totals = Count(m_reports);
+    const bool bWouldChange = m_options.bCheck && totals.nChanged > 0;
+    return totals.nFailed > 0 || bWouldChange ? ExitCode::Refused : ExitCode::Done;
+}
+
+}  // namespace nomira::companion

@@ -1,0 +1,62 @@
+// One run of rewrites, program by program, and its report for people and for pipelines: the same
+// for programs of the disk and for those of the controller.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "apps/nomiractl/CollectingDesktop.h"
+#include "apps/nomiractl/Commands.h"
+#include "apps/nomiractl/DatabaseWork.h"
+#include "apps/nomiractl/ProgramRewrite.h"
+
+namespace nomira::companion {
+
+// What became of one program.
+struct ProgramReport {
+    std::string sName;  // as it is shown
+    RewritePlan plan;
+    std::string failure;  // why it could not be read or written
+    bool IsFine() const { return failure.empty() && !plan.stopped; }
+};
+
+class RewriteRun {
+  public:
+    // `desktop` must be the platform's desktop, and `database` the one that is looked up in.
+    RewriteRun(const Options& options, Streams streams, CollectingDesktop& desktop,
+               const DatabaseWork& database)
+        : m_options(options), m_streams(streams), m_desktop(desktop), m_database(database) {}
+
+    using Read = std::function<std::string()>;
+    using Write = std::function<void(const std::string& sBytes)>;
+
+    // Rewrites the bytes that `read` gives, and hands them to `write` if they have changed and the
+    // options want more than a look. A Refusal of either is this program's failure, and so is a
+    // database that has failed: a name that can't be read would look like one that is empty.
+    // Findings and the diff are shown at once.
+    void Rewrite(const std::string& sName, const Read& read, const Write& write);
+    // A program that can't even be read.
+    void AddFailure(const std::string& sName, const std::string& sWhy);
+
+    // Reports on the whole, and gives the exit status.
+    ExitCode Finish() const;
+
+  private:
+    bool ChangesPrograms() const { return !m_options.bDryRun && !m_options.bCheck; }
+    void Add(ProgramReport report);
+    void PrintJson() const;
+    void PrintSummary() const;
+
+    const Options& m_options;
+    Streams m_streams;
+    CollectingDesktop& m_desktop;
+    const DatabaseWork& m_database;
+    std::vector<ProgramReport> m_reports;
+};
+
+// The bytes of a program on the disk. Throws Refusal, without the path in its words.
+std::string ReadProgram(const std::filesystem::path& path);
+
+}  // namespace nomira::companion
