@@ -254,6 +254,23 @@ TEST_F(NomiraTest, AnInstanceThatHasEndedIsNoneAnyMore) {
     EXPECT_EQ(Stored(), (Rows{{"IN_1", "Pump"}}));
 }
 
+// Up to `nMost` parts, each one of the pieces or a few bytes, among them neither 0 nor `cLeftOut`.
+std::string RandomMixture(testing::Random& random, const std::vector<std::string>& pieces,
+                          std::size_t nMost, char cLeftOut) {
+    std::string sMixture;
+    for (std::size_t n = random.UpTo(nMost); n > 0; --n) {
+        if (random.UpTo(2) > 0) {
+            sMixture += pieces[random.UpTo(pieces.size() - 1)];
+            continue;
+        }
+        for (std::size_t nBytes = random.UpTo(8); nBytes > 0; --nBytes) {
+            const auto c = static_cast<char>(1 + random.UpTo(254));
+            if (c != cLeftOut) sMixture += c;
+        }
+    }
+    return sMixture;
+}
+
 // Commands and separators among any bytes but 0, so that every branch is reached. "/" is left out:
 // a path of this system would lead out of the prefix.
 std::string RandomCommandLine(testing::Random& random) {
@@ -269,18 +286,7 @@ std::string RandomCommandLine(testing::Random& random) {
                                                  " ",
                                                  "*?[",
                                                  "..\\"};
-    std::string sLine;
-    for (std::size_t n = random.UpTo(12); n > 0; --n) {
-        if (random.UpTo(2) > 0) {
-            sLine += pieces[random.UpTo(pieces.size() - 1)];
-            continue;
-        }
-        for (std::size_t nBytes = random.UpTo(8); nBytes > 0; --nBytes) {
-            const auto c = static_cast<char>(1 + random.UpTo(254));
-            if (c != '/') sLine += c;
-        }
-    }
-    return sLine;
+    return RandomMixture(random, pieces, 12, '/');
 }
 
 TEST_F(NomiraTest, AnyBytesAsCommandLineEndInAnOrderlyWay) {
@@ -299,6 +305,75 @@ TEST_F(NomiraTest, AnyBytesAsCommandLineEndInAnOrderlyWay) {
                         (sLine.empty() && outcome.sErr == kNoWindow))
                 << outcome.sErr << " for " << ::testing::PrintToString(sLine);
         }
+    }
+}
+
+// No output's key is among the pieces, and no byte can make one: 'O' is left out.
+TEST_F(NomiraTest, AnyBytesAsTextFileLoseNothingElse) {
+    static const std::vector<std::string> pieces{"IN_1",
+                                                 "IN_",
+                                                 "FlagText",
+                                                 "NoticeText12",
+                                                 "A10TP",
+                                                 "Weld1",
+                                                 "7",
+                                                 " ",
+                                                 "\t",
+                                                 "'",
+                                                 "\r\n",
+                                                 "\r",
+                                                 "\n",
+                                                 "\xE4\xDF",
+                                                 std::string(1, '\0'),
+                                                 "|EMPTY|",
+                                                 std::string(300, 'x')};
+    testing::Random random;
+    SCOPED_TRACE(random.Seed());
+    Put(Drive() / "keep.txt", "OUT_9 Keep\r\n");
+    ExpectSilentEnd(Run({"TEXT_INTO_DB|x|C:\\keep.txt"}));
+    for (int i = 0; i < 40; ++i) {
+        const std::string sBytes = RandomMixture(random, pieces, 60, 'O');
+        Put(Drive() / "x.txt", sBytes);
+        ExpectSilentEnd(Run({"TEXT_INTO_DB|x|C:\\x.txt"}));
+        ASSERT_EQ(testing::QueryOn(Database(), "PRAGMA integrity_check"), (Rows{{"ok"}}))
+            << ::testing::PrintToString(sBytes);
+        ASSERT_EQ(testing::QueryOn(Database(),
+                                   "SELECT String FROM Items JOIN Messages"
+                                   " USING(Key_id) WHERE KeyString='OUT_9'"),
+                  (Rows{{"Keep"}}))
+            << ::testing::PrintToString(sBytes);
+    }
+}
+
+TEST_F(NomiraTest, AnyBytesAsRegistryFileEndInAnOrderlyWay) {
+    static const std::vector<std::string> pieces{"REGEDIT4",
+                                                 "Windows Registry Editor Version 5.00",
+                                                 "\r\n",
+                                                 "[HKEY_LOCAL_MACHINE\\Software\\Orvo\\Version]",
+                                                 "[-HKEY_CURRENT_USER]",
+                                                 "\"Customer\"",
+                                                 "=",
+                                                 "\"VW\"",
+                                                 "dword:0000",
+                                                 "hex(2):41,00",
+                                                 "\\",
+                                                 ";",
+                                                 "@",
+                                                 "\xFF\xFE",
+                                                 "[HKEY_CURRENT_USER\\Software\\Orvo\\Database]",
+                                                 "\"Language\"=\"407\""};
+    testing::Random random;
+    SCOPED_TRACE(random.Seed());
+    Put(Drive() / "x.txt", "IN_1 Pump\r\n");
+    for (int i = 0; i < 40; ++i) {
+        const std::string sBytes = RandomMixture(random, pieces, 30, '/');
+        Put(Prefix() / "registry.reg", sBytes);
+        const ProcessOutcome outcome = Run({"TEXT_INTO_DB|x|C:\\x.txt"});
+        EXPECT_EQ(outcome.sOut, "") << ::testing::PrintToString(sBytes);
+        EXPECT_TRUE(outcome.nStatus == 0 || outcome.nStatus == 1)
+            << outcome.nStatus << " for " << ::testing::PrintToString(sBytes);
+        EXPECT_EQ(outcome.nStatus == 0, outcome.sErr.empty())
+            << outcome.sErr << " for " << ::testing::PrintToString(sBytes);
     }
 }
 
