@@ -20,8 +20,6 @@
 
 namespace nomira::rpc {
 
-class Connection;
-
 // The file of this machine that a path of the program, such as C:\Temp\x.src, means.
 using ResolvePath = std::function<std::filesystem::path(TextView)>;
 

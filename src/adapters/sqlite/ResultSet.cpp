@@ -124,7 +124,7 @@ std::string SelectTable(std::string_view sTable, bool bWritable) {
 }
 
 std::shared_ptr<ResultSet> Describe(sqlite3_stmt* statement, bool bWritable) {
-    const auto result = std::make_shared<ResultSet>();
+    auto result = std::make_shared<ResultSet>();
     result->columns = ReadColumns(statement, bWritable ? 1 : 0);
     if (bWritable) result->sTable = OrEmpty(sqlite3_column_table_name(statement, 0));
     return result;
@@ -161,7 +161,7 @@ std::shared_ptr<const ResultSet> ReadQuery(Database& database, const std::string
     const int nFirst = statement ? 1 : 0;
     if (!statement) statement = database.Prepare(sSql);
 
-    const auto result = std::make_shared<ResultSet>();
+    auto result = std::make_shared<ResultSet>();
     result->columns = ReadColumns(statement.get(), nFirst);
     if (nFirst == 1) result->sTable = OrEmpty(sqlite3_column_table_name(statement.get(), 0));
     ReadRows(database, statement.get(), nFirst, *result);
@@ -179,7 +179,7 @@ std::shared_ptr<const ResultSet> ReadTable(Database& database, std::string_view 
                                            bool bWritable) {
     sqlite3_stmt* statement = database.PrepareOnce(SelectTable(sTable, bWritable));
     const StatementUse use(statement);
-    const auto result = Describe(statement, bWritable);
+    auto result = Describe(statement, bWritable);
     ReadRows(database, statement, bWritable ? 1 : 0, *result);
     return result;
 }
