@@ -20,6 +20,10 @@ constexpr mode_t kAnyoneWrites = S_IWUSR | S_IWGRP | S_IWOTH;
 // More than all the statements of one program; a bound on what odd callers may pile up.
 constexpr std::size_t kKeptStatements = 64;
 
+// A look-up's statements follow its open by less than that; nobody else can have written a row and
+// told of it in so short a time.
+constexpr std::chrono::microseconds kJustNow{20};
+
 // A file that nobody may write is only read, even by a superuser, whom the system would let write.
 int OpenFlags(const FileIdentity& identity) {
     const int nAccess =
@@ -62,8 +66,10 @@ Database::~Database() {
     sqlite3_close(m_handle);
 }
 
-bool Database::IsAsRemembered(const FileState& state) const {
-    return m_rememberedState == state && !IsBeingWritten();
+bool Database::IsAsRemembered(const FileState& state) {
+    const bool bSame = m_rememberedState == state && !IsBeingWritten();
+    if (bSame) m_looked = std::chrono::steady_clock::now();
+    return bSame;
 }
 
 void Database::CheckReadable(const FileState& state, std::chrono::nanoseconds now) {
@@ -100,6 +106,7 @@ std::shared_ptr<const ResultSet> Database::Recall(const std::string& sSql, bool 
     auto result = m_remembered.Find(sSql, bWritable);
     if (!result) return nullptr;
     // The database may have been open for long.
+    if (std::chrono::steady_clock::now() - m_looked < kJustNow) return result;
     const auto state = TryLookAtFile(m_path);
     if (state && IsAsRemembered(*state)) return result;
     Forget();

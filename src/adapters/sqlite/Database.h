@@ -56,7 +56,7 @@ class Database {
     sqlite3* Handle() const { return m_handle; }
 
     // Whether the file, which stands so now, is the one that was last read, unchanged and free.
-    bool IsAsRemembered(const FileState& state) const;
+    bool IsAsRemembered(const FileState& state);
     // To be called ahead of each use, with the file as it stands now. Raises EngineFailure if it is
     // no database, or somebody else keeps it to himself. What was remembered is good no longer if
     // the file has changed.
@@ -112,6 +112,7 @@ class Database {
     // As the file stood when what is remembered was read; nullopt while nothing may be.
     std::optional<FileState> m_rememberedState;
     RememberedResults m_remembered;
+    std::chrono::steady_clock::time_point m_looked{};  // when the file was last found unchanged
 };
 
 }  // namespace nomira::sqlite
