@@ -38,6 +38,11 @@ class Desktop {
     virtual void ShowMessageBox(TextView sText, TextView sTitle, BoxIcon icon) = 0;
 
     virtual ScreenSize Screen() = 0;
+
+    // The control behind `control` in the dialog's tab order, or ahead of it; 0 is no dialog, and
+    // no control.
+    virtual WindowHandle NextDialogTabItem(WindowHandle dialog, WindowHandle control,
+                                           bool bPrevious) = 0;
 };
 
 }  // namespace nomira

@@ -1,6 +1,8 @@
-// Port: the processes that run on this machine, in the two ways that the old systems offer.
+// Port: the processes that run on this machine, in the two ways that the old systems offer, and
+// the pace of this one.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -29,6 +31,9 @@ class Processes {
 
     // 9x family: the file names of a snapshot of all processes; nullopt if none could be taken.
     virtual std::optional<std::vector<Text>> SnapshotNames() = 0;
+
+    // Holds this process up, without letting events through.
+    virtual void Sleep(std::chrono::milliseconds duration) = 0;
 };
 
 }  // namespace nomira

@@ -1,19 +1,14 @@
 #include "ui/FormLayout.h"
 
 #include "frame/Settings.h"
-#include "langtools/BasicText.h"
 #include "ui/AppVersion.h"
-#include "ui/NomiraMain.h"
+#include "ui/FormAccess.h"
 #include "ui/PendantKeys.h"
-#include "ui/StdBofForm.h"
-#include "ui/formlayer/Buttons.h"
 #include "ui/formlayer/FileLists.h"
 #include "ui/formlayer/StatusBar.h"
 
 namespace nomira {
 namespace {
-
-constexpr TextView kProgramPattern = u"*.src";
 
 // Places in a picture list are one-based.
 struct SoftKeyPicture {
@@ -30,23 +25,6 @@ constexpr StatusKeyPicture kThirdKeyOfVw{3, 7, 8};
 
 constexpr bool kStatusKeyEnabled[] = {false, true, true, true, false, false};
 constexpr std::int16_t kLastSoftKey = 6;
-
-void SetVisible(const Form& form, std::initializer_list<TextView> names, bool bVisible) {
-    for (const TextView sName : names)
-        form.Get<Control>(sName).SetVisible(bVisible);
-}
-
-Button& SoftKey(const Form& form, std::int16_t nIndex) {
-    return form.Get<Button>(u"SoftKey", nIndex);
-}
-
-Button& StatKeyL(const Form& form, std::int16_t nIndex) {
-    return form.Get<Button>(u"StatKeyL", nIndex);
-}
-
-const Picture& Listed(const Form& form, TextView sList, std::int16_t nPlace) {
-    return form.Get<PictureList>(sList).ListImages(nPlace).Picture;
-}
 
 void HideLists(const Form& form) {
     SetVisible(form, {u"Text1", u"txtboxView", u"File1"}, false);
@@ -100,8 +78,7 @@ void InitVariant(const Form& form) {
     SetVisible(form, {u"chkBoxSymbol"}, bVw);
     if (!bVw) return;
     SetVisible(form, {u"chkBoxAdd"}, true);
-    for (const TextView sBox : {u"chkBoxAdd", u"chkBoxSymbol"})
-        form.Get<CheckBox>(sBox).SetEnabled(false);
+    SetEnabled(form, {u"chkBoxAdd", u"chkBoxSymbol"}, false);
 }
 
 void InitPendant(const Form& form) {
@@ -118,8 +95,8 @@ void InitPendant(const Form& form) {
 void InitFormLayout(const Form& form) {
     AddPendantKeys(form);
     HideLists(form);
-    if (Equal(form.Class(), kNomiraMainClass)) SetVisible(form, {u"cmdStart"}, false);
-    if (Equal(form.Class(), kStdBofFormClass)) InitPendant(form);
+    if (IsDesktopForm(form)) SetVisible(form, {u"cmdStart"}, false);
+    if (IsPendantForm(form)) InitPendant(form);
 }
 
 void InitStatusLayout(const Form& form) {

@@ -1,7 +1,6 @@
 #include "ui/PendantKeys.h"
 
-#include "langtools/BasicText.h"
-#include "ui/StdBofForm.h"
+#include "ui/FormAccess.h"
 #include "ui/formlayer/PendantKeyControl.h"
 
 namespace nomira {
@@ -12,7 +11,7 @@ constexpr PendantKeyControl::Range kRanges[] = {{129, 132}, {113, 115}, {118, 11
 
 template <typename Operation>
 void ForEachRange(const Form& form, Operation operation) {
-    if (!Equal(form.Class(), kStdBofFormClass)) return;
+    if (!IsPendantForm(form)) return;
     auto& keys = form.Get<PendantKeyControl>(u"TqpKeys");
     for (const auto& range : kRanges)
         (keys.*operation)(range.nFirst, range.nLast);

@@ -4,12 +4,10 @@
 // built yet, and no view shows the form.
 #pragma once
 
+#include "ui/FormAccess.h"
 #include "ui/FormDesign.h"
 
 namespace nomira {
-
-// The name by which the form is known in the collection of loaded forms.
-inline constexpr TextView kStdBofFormClass = u"StdBofForm";
 
 class StdBofForm : public DesignedForm {
   public:

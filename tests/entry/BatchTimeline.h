@@ -39,6 +39,7 @@ class BatchTimeline : public View, public memory::MemoryDesktop {
             happened.push_back(u"label " + label->Caption());
     }
     void ProcessPendingEvents() override { happened.emplace_back(u"events"); }
+    void RunEventLoop() override { happened.emplace_back(u"event loop"); }
     void ShowMessageBox(TextView sText, TextView sTitle, BoxIcon icon) override {
         happened.push_back(Text(u"box ").append(sText));
         MemoryDesktop::ShowMessageBox(sText, sTitle, icon);

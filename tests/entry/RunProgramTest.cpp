@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "adapters/memory/MemoryMachine.h"
+#include "frame/ProgramEnd.h"
 #include "langtools/RuntimeError.h"
 #include "testing/ForwardingPorts.h"
 #include "testing/TextPrinting.h"
@@ -44,6 +45,41 @@ TEST_F(RunProgramTest, AFailingStartShowsTheBoxToo) {
     ASSERT_EQ(machine.desktop.boxes.size(), 1U);
     EXPECT_EQ(machine.desktop.boxes[0].sText, u"Run-time error '13':\r\n\r\nType mismatch");
     EXPECT_FALSE(AnyFormVisible());
+}
+
+TEST_F(RunProgramTest, AFormOnTheScreenIsServedUntilTheLoopEnds) {
+    memory::RecordingView view;
+    SetView(&view);
+    bool bShown = false;
+    view.onEventLoop = [&] { bShown = AnyFormVisible(); };
+    EXPECT_EQ(RunProgram(), 0);
+    EXPECT_TRUE(bShown);
+    EXPECT_EQ(view.Count(memory::ViewEvent::Kind::EventLoop), 1);
+}
+
+TEST_F(RunProgramTest, ABatchRunHasNoEventLoop) {
+    memory::RecordingView view;
+    SetView(&view);
+    machine.UseCommandLine(u"word|");
+    EXPECT_EQ(RunProgram(), 0);
+    EXPECT_EQ(view.Count(memory::ViewEvent::Kind::EventLoop), 0);
+}
+
+TEST_F(RunProgramTest, AFailureOfAHandlerShowsTheBox) {
+    memory::RecordingView view;
+    SetView(&view);
+    view.onEventLoop = [] { Raise(ErrorNumber::PathNotFound); };
+    EXPECT_EQ(RunProgram(), 1);
+    ASSERT_EQ(machine.desktop.boxes.size(), 1U);
+    EXPECT_EQ(machine.desktop.boxes[0].sText, u"Run-time error '76':\r\n\r\nPath not found");
+}
+
+TEST_F(RunProgramTest, TheOperatorEndsTheProgramWithoutAWord) {
+    memory::RecordingView view;
+    SetView(&view);
+    view.onEventLoop = [] { EndProgram(); };
+    EXPECT_EQ(RunProgram(), 0);
+    EXPECT_TRUE(machine.desktop.boxes.empty());
 }
 
 TEST_F(RunProgramTest, OtherFailuresPass) {

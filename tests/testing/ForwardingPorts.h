@@ -67,6 +67,7 @@ class ForwardingProcesses : public Processes {
         return m_inner.ModuleFileName(nProcessId);
     }
     std::optional<std::vector<Text>> SnapshotNames() override { return m_inner.SnapshotNames(); }
+    void Sleep(std::chrono::milliseconds duration) override { m_inner.Sleep(duration); }
 
   private:
     Processes& m_inner;

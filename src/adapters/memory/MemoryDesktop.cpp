@@ -19,4 +19,10 @@ void MemoryDesktop::ShowMessageBox(TextView sText, TextView sTitle, BoxIcon icon
     boxes.push_back({Text(sText), Text(sTitle), icon});
 }
 
+Desktop::WindowHandle MemoryDesktop::NextDialogTabItem(WindowHandle dialog, WindowHandle control,
+                                                       bool bPrevious) {
+    tabItems.push_back({dialog, control, bPrevious});
+    return 0;
+}
+
 }  // namespace nomira::memory

@@ -16,6 +16,12 @@ struct MessageBoxShown {
     bool operator==(const MessageBoxShown&) const = default;
 };
 
+struct TabItemAsked {
+    Desktop::WindowHandle dialog, control;
+    bool bPrevious;
+    bool operator==(const TabItemAsked&) const = default;
+};
+
 class MemoryDesktop : public Desktop {
   public:
     bool bPreviousInstance = false;
@@ -26,6 +32,7 @@ class MemoryDesktop : public Desktop {
     std::vector<MessageBoxShown> boxes;
     std::vector<Text> activated;  // titles that were to be activated, whether there or not
     std::vector<Text> raised;     // titles of the windows that were brought to the top
+    std::vector<TabItemAsked> tabItems;
 
     bool PreviousInstance() override { return bPreviousInstance; }
     void ActivateByTitle(TextView sTitle) override { activated.emplace_back(sTitle); }
@@ -33,6 +40,8 @@ class MemoryDesktop : public Desktop {
     void BringWindowToTop(WindowHandle window) override;
     void ShowMessageBox(TextView sText, TextView sTitle, BoxIcon icon) override;
     ScreenSize Screen() override { return screen; }
+    WindowHandle NextDialogTabItem(WindowHandle dialog, WindowHandle control,
+                                   bool bPrevious) override;
 };
 
 }  // namespace nomira::memory

@@ -28,4 +28,9 @@ std::optional<Text> MemoryProcesses::ModuleFileName(std::uint32_t nProcessId) {
     return std::nullopt;
 }
 
+void MemoryProcesses::Sleep(std::chrono::milliseconds duration) {
+    slept.push_back(duration);
+    if (onSleep) onSleep();
+}
+
 }  // namespace nomira::memory

@@ -1,7 +1,9 @@
 // Processes as a test lists them.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -28,6 +30,9 @@ class MemoryProcesses : public Processes {
     std::vector<MemoryProcess> processes;
     std::optional<std::vector<Text>> snapshot = std::vector<Text>();
 
+    std::vector<std::chrono::milliseconds> slept;  // each Sleep, in its order
+    std::function<void()> onSleep;                 // runs in its place; may be empty
+
     // One more process, with an id that no other has.
     void Add(Text sPath);
 
@@ -35,6 +40,8 @@ class MemoryProcesses : public Processes {
     std::vector<std::uint32_t> EnumProcesses() override;
     std::optional<Text> ModuleFileName(std::uint32_t nProcessId) override;
     std::optional<std::vector<Text>> SnapshotNames() override { return snapshot; }
+    // Comes back at once.
+    void Sleep(std::chrono::milliseconds duration) override;
 
   private:
     std::size_t m_nLimit;

@@ -40,4 +40,9 @@ void RecordingView::ProcessPendingEvents() {
     if (onPendingEvents) onPendingEvents();
 }
 
+void RecordingView::RunEventLoop() {
+    events.push_back({ViewEvent::Kind::EventLoop, {}, {}, {}});
+    if (onEventLoop) onEventLoop();
+}
+
 }  // namespace nomira::memory

@@ -10,7 +10,14 @@
 namespace nomira::memory {
 
 struct ViewEvent {
-    enum class Kind { FormShown, FormUnloaded, PropertyChanged, Refreshed, PendingEvents };
+    enum class Kind {
+        FormShown,
+        FormUnloaded,
+        PropertyChanged,
+        Refreshed,
+        PendingEvents,
+        EventLoop
+    };
     Kind kind = Kind::PendingEvents;
     Text sForm;      // the form's class; empty for PendingEvents
     Text sControl;   // with its index, as SoftKey(3); empty if the event is the form's own
@@ -23,6 +30,8 @@ class RecordingView : public View {
     std::vector<ViewEvent> events;
     // Runs inside ProcessPendingEvents, as a user's act would; may be empty.
     std::function<void()> onPendingEvents;
+    // What the user does in the event loop, which then ends; may be empty.
+    std::function<void()> onEventLoop;
 
     // How many events of the kind there were.
     int Count(ViewEvent::Kind kind) const;
@@ -34,6 +43,7 @@ class RecordingView : public View {
     void PropertyChanged(Form& form, Control* control, TextView sProperty) override;
     void Refreshed(Control& control) override;
     void ProcessPendingEvents() override;
+    void RunEventLoop() override;
 };
 
 }  // namespace nomira::memory

@@ -44,6 +44,8 @@ class PosixDesktop : public Desktop {
     // "TITLE: TEXT" in UTF-8, its line ends those of this system.
     void ShowMessageBox(TextView sText, TextView sTitle, BoxIcon icon) override;
     ScreenSize Screen() override;
+    // There are no dialogs.
+    WindowHandle NextDialogTabItem(WindowHandle, WindowHandle, bool) override { return 0; }
 
     // For the first instance: a window of this title is there, or isn't any more.
     void AnnounceWindow(TextView sTitle);

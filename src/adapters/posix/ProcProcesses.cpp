@@ -9,6 +9,7 @@
 #include <climits>
 #include <filesystem>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 #include "adapters/posix/Descriptor.h"
@@ -91,6 +92,10 @@ std::optional<std::vector<Text>> ProcProcesses::SnapshotNames() {
         }
     }
     return names;
+}
+
+void ProcProcesses::Sleep(std::chrono::milliseconds duration) {
+    std::this_thread::sleep_for(duration);
 }
 
 }  // namespace nomira::posix

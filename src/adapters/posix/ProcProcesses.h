@@ -1,6 +1,7 @@
 // The processes of this machine, from /proc.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -26,6 +27,7 @@ class ProcProcesses : public Processes {
     // else the file that it runs; "/" turned to "\".
     std::optional<Text> ModuleFileName(std::uint32_t nProcessId) override;
     std::optional<std::vector<Text>> SnapshotNames() override;
+    void Sleep(std::chrono::milliseconds duration) override;
 
   private:
     std::optional<std::vector<std::uint32_t>> AllIds() const;

@@ -17,6 +17,8 @@ class CollectingDesktop : public Desktop {
     void BringWindowToTop(WindowHandle) override {}
     void ShowMessageBox(TextView sText, TextView, BoxIcon) override { m_boxes.emplace_back(sText); }
     ScreenSize Screen() override { return {}; }
+    // There are no dialogs.
+    WindowHandle NextDialogTabItem(WindowHandle, WindowHandle, bool) override { return 0; }
 
     // The boxes since the last call.
     std::vector<Text> TakeBoxes() { return std::exchange(m_boxes, {}); }

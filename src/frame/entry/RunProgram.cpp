@@ -2,10 +2,12 @@
 
 #include <cstdint>
 
+#include "frame/ProgramEnd.h"
 #include "frame/entry/Main.h"
 #include "langtools/BasicText.h"
 #include "langtools/RuntimeError.h"
 #include "platform/Platform.h"
+#include "ui/formlayer/FormLayer.h"
 
 namespace nomira {
 namespace {
@@ -21,6 +23,9 @@ void ShowRunTimeBox(const RuntimeError& error) {
 int RunProgram() {
     try {
         Main();
+        if (View* view = TheView(); view && AnyFormVisible()) view->RunEventLoop();
+        return 0;
+    } catch (const ProgramEnd&) {
         return 0;
     } catch (const RuntimeError& error) {
         ShowRunTimeBox(error);
