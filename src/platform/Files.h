@@ -78,7 +78,7 @@ class Files {
     // Renames; the new name must be free (else FileAlreadyExists).
     virtual void Name(TextView sOldPath, TextView sNewPath) = 0;
 
-    // The drives of the system, as u"C:", in alphabetical order.
+    // The drives of the system, as u"C:", in alphabetical order, also those without a medium.
     virtual std::vector<Text> Drives() = 0;
 };
 

@@ -194,7 +194,7 @@ std::vector<Text> Prefix::Drives() const {
     for (const auto& entry : std::filesystem::directory_iterator(m_root / "drives", ignored)) {
         const std::string sName = entry.path().filename().string();
         if (sName.size() != 1 || !IsLetter(static_cast<unsigned char>(sName[0]))) continue;
-        if (entry.is_directory(ignored))
+        if (entry.is_directory(ignored) || entry.is_symlink(ignored))
             drives.push_back(Text(1, UCase(FromNative(sName)[0])) + u':');
     }
     std::sort(drives.begin(), drives.end());

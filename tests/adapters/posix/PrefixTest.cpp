@@ -86,6 +86,16 @@ TEST_F(PrefixTest, APathOfThisSystemOnlyGetsItsSeparators) {
     EXPECT_EQ(NativePath(u"1:\\x"), "1:/x");
 }
 
+TEST_F(PrefixTest, ALinkThatLeadsNowhereIsADriveWithoutAMedium) {
+    std::filesystem::create_directories(m_folder / "drives/c");
+    std::filesystem::create_directory_symlink(m_folder / "medium", m_folder / "drives/e");
+    const Prefix prefix(m_folder.Path());
+    EXPECT_EQ(prefix.Drives(), (std::vector<Text>{u"C:", u"E:"}));
+    EXPECT_TRUE(prefix.DriveIsMissing(u"E:\\"));
+    std::filesystem::create_directories(m_folder / "medium");
+    EXPECT_FALSE(prefix.DriveIsMissing(u"E:\\"));
+}
+
 TEST_F(PrefixTest, AMissingPrefixIsAWorldWithoutDrives) {
     const Prefix prefix(m_folder / "nowhere");
     EXPECT_EQ(prefix.Drives(), std::vector<Text>{});
