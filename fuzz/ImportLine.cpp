@@ -1,5 +1,6 @@
-// Arbitrary bytes as a text file, wiped for and imported, on either kind of installation. The first
-// byte picks the kind. No database is behind it, only a list of what would have been stored.
+// Arbitrary bytes as a text file, wiped for and imported, and as text edited in the view, on either
+// kind of installation. The first byte picks the kind. No database is behind it, only a list of
+// what would have been stored.
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -8,6 +9,7 @@
 
 #include "adapters/memory/MemoryMachine.h"
 #include "conversion/KeyScheme.h"
+#include "conversion/TextExport.h"
 #include "conversion/TextImport.h"
 #include "database/adoModul.h"
 #include "frame/Settings.h"
@@ -123,6 +125,28 @@ void ImportBytes(std::string_view bytes, bool bCustomer) {
         CheckStored(stored, bCustomer);
 }
 
+void ApplyBytes(std::string_view bytes, bool bCustomer) {
+    g_stored.clear();
+    memory::MemoryMachine machine;
+    FakeEngine engine;
+    if (bCustomer)
+        machine.registry.SetString(RegistryRoot::LocalMachine, u"Software\\Orvo\\Version",
+                                   u"Customer", kCustomerVw);
+    Text sText = machine.locale.EightBitPage().Decode(bytes);
+    try {
+        ApplyEditedText(sText);
+        Require(sText == g_sLastExport);
+    } catch (const RuntimeError& error) {
+        Require(error.Number() == ErrorNumber::Overflow ||
+                error.Number() == ErrorNumber::InvalidProcedureCall);
+    }
+    CloseDatabase();
+    for (const StoredText& stored : g_stored) {
+        const SignalClass* signalClass = ClassOfKey(stored.sKey);
+        Require(signalClass && stored.sModule == signalClass->sModule);
+    }
+}
+
 }  // namespace
 }  // namespace nomira
 
@@ -130,5 +154,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
     if (nSize == 0) return 0;
     const std::string_view bytes(reinterpret_cast<const char*>(pData), nSize);
     nomira::ImportBytes(bytes.substr(1), (pData[0] & 1) != 0);
+    nomira::ApplyBytes(bytes.substr(1), (pData[0] & 1) != 0);
     return 0;
 }
