@@ -84,11 +84,6 @@ Text ReadOrDefault(RegistryRoot root, TextView sKey, TextView sValueName, TextVi
     return IsBlank(sValue) ? Text(sDefault) : sValue;
 }
 
-TextView DefaultTextFilePath() {
-    if (!IsCustomerVw()) return u"\\Data";
-    return IsAsciiOptionInstalled() ? u"\\Roboter\\IBGN\\TQX\\R1\\IBGN" : u"\\Roboter\\Init";
-}
-
 }  // namespace
 
 Text ReadRegistryString(RegistryRoot root, TextView sKey, TextView sValueName, Text& sResult) {
@@ -108,6 +103,11 @@ bool IsCustomerVw() {
 
 bool IsAsciiOptionInstalled() {
     return !ReadOrDefault(RegistryRoot::LocalMachine, kAsciiOptionKey, u"Name", u"").empty();
+}
+
+TextView DefaultTextFilePath() {
+    if (!IsCustomerVw()) return u"\\Data";
+    return IsAsciiOptionInstalled() ? u"\\Roboter\\IBGN\\TQX\\R1\\IBGN" : u"\\Roboter\\Init";
 }
 
 void ReadTextFileSettings() {

@@ -33,6 +33,10 @@ bool IsCustomerVw();
 // Whether the ASCII option has left its name in the registry. Reads the registry at each call.
 bool IsAsciiOptionInstalled();
 
+// Where the text file lies on this installation unless a setting says otherwise, relative to
+// g_sInstallDir; it follows from customer and option, which are read for it.
+TextView DefaultTextFilePath();
+
 // Sets the three text-file settings; called once, by Main.
 void ReadTextFileSettings();
 

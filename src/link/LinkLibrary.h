@@ -163,6 +163,9 @@ class LinkFactory {
 class LinkLibrary {
   public:
     virtual ~LinkLibrary() = default;
+    // Whether the library is on this machine. Where it isn't, nothing that implements its
+    // interfaces can be made.
+    virtual bool Installed() const = 0;
     // Raises CannotCreateObject where the library isn't installed.
     virtual std::unique_ptr<LinkFactory> CreateFactory() = 0;
 };
@@ -170,6 +173,8 @@ class LinkLibrary {
 // The library in use; set by the program's composition, and not owned. nullptr, the start value,
 // is a machine without the library: creating the factory raises CannotCreateObject.
 void SetLinkLibrary(LinkLibrary* library);
+// Raises CannotCreateObject on a machine without the library.
+void RequireLinkLibrary();
 std::unique_ptr<LinkFactory> CreateLinkFactory();
 
 }  // namespace nomira

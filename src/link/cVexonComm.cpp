@@ -104,6 +104,7 @@ bool cVexonComm::VexonIsConnected() const {
 bool cVexonComm::ConnectingVexon(TextView strName, Form* objForm) {
     if (VexonCommands) return true;
     try {
+        RequireLinkLibrary();  // the inner object is the library's callback as well
         VexonCommands = std::make_unique<cVexonComm>();
         VexonCommands->Init(objForm);
         VexonCommands->ConnectToVexon(strName);

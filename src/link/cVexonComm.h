@@ -117,7 +117,8 @@ class cVexonComm : public IVOCallbackVar, public IOCallbackError, public IVOCons
     // Whether there is an inner object; it tells nothing of the controller.
     bool IsVexonConnected() const;
     // Makes the inner object and lets it connect, unless there is one. True if there is one then,
-    // whether the controller answers or not.
+    // whether the controller answers or not; False without the link library, where there can be
+    // none.
     bool ConnectingVexon(TextView strName, Form* objForm);
     // The programs in the controller's root, in a directory such as u"R1\Program", and the root's
     // directories; empty if that fails.

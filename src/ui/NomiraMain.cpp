@@ -1,7 +1,20 @@
 #include "ui/NomiraMain.h"
 
+#include "conversion/TextExport.h"
+#include "database/adoModul.h"
+#include "frame/KillProcess.h"
+#include "frame/ProgramEnd.h"
+#include "frame/ProgramVariables.h"
+#include "frame/Settings.h"
+#include "link/cVexonComm.h"
 #include "platform/Platform.h"
 #include "ui/FormLayout.h"
+#include "ui/ListHandlers.h"
+#include "ui/Options.h"
+#include "ui/ProgramTree.h"
+#include "ui/RunConversion.h"
+#include "ui/formlayer/FileLists.h"
+#include "ui/formlayer/FormLayer.h"
 #include "ui/formlayer/StatusBar.h"
 
 namespace nomira {
@@ -61,8 +74,16 @@ constexpr AddedPanel kAddedPanels[] = {
     {u"Objekt4", 960, Panel::kClockStyle},
 };
 
+constexpr std::int16_t kWorkPanel = 2;
+constexpr std::int16_t kFailurePanel = 3;
+
+constexpr TextView kMiddlewareProcess = u"VEXON3.EXE";
+constexpr TextView kLeaveViewCaption = u"Exit View";
+
+// As in u"C:\\".
+constexpr std::int32_t kRootLength = 3;
+
 void AddPanels(StatusBar& bar) {
-    bar.Panels(1).SetMinWidth(kFirstPanelWidth);
     for (const AddedPanel& added : kAddedPanels) {
         Panel& panel = bar.AddPanel(Text(added.sKey));
         panel.SetMinWidth(added.nMinWidth);
@@ -76,12 +97,19 @@ void CentreOnScreen(Form& form) {
               form.Width(), form.Height());
 }
 
-// Over the second panel.
-void LayProgressBar(ProgressBar& progress, const StatusBar& bar) {
+void InitProgressBar(ProgressBar& progress) {
     progress.SetMin(1);
     progress.SetMax(27);
     progress.SetVisible(false);
-    progress.Move(bar.Left() + 2055, bar.Top() + 90, 2000, bar.Height() / 2);
+}
+
+void Warn(TextView sText, TextView sTitle) {
+    TheDesktop().ShowMessageBox(sText, sTitle, BoxIcon::Exclamation);
+}
+
+bool IsMiddlewareLinked(Form& form) {
+    return IsProcessRunning(kMiddlewareProcess) &&
+           g_Comm().ConnectingVexon(kNomiraMainClass, &form);
 }
 
 }  // namespace
@@ -90,12 +118,128 @@ NomiraMain::NomiraMain() : DesignedForm(kDesign) {}
 
 void NomiraMain::Load() {
     StartLists();
+    AttachHandlers();
     CentreOnScreen(*this);
     auto& bar = Get<StatusBar>(u"StatusBar1");
-    LayProgressBar(Get<ProgressBar>(u"ProgressBar1"), bar);
-    Get<Control>(u"Picture1").SetVisible(false);
+    bar.Panels(1).SetMinWidth(kFirstPanelWidth);
+    auto& progress = Get<ProgressBar>(u"ProgressBar1");
+    InitProgressBar(progress);
+    SetVisible(*this, {u"Picture1"}, false);
+    // Over the second panel.
+    progress.Move(bar.Left() + 2055, bar.Top() + 90, 2000, bar.Height() / 2);
     AddPanels(bar);
     InitFormLayout(*this);
+    CheckDatabase();
+    GoToInstallation();
+}
+
+void NomiraMain::AttachHandlers() {
+    Get<RadioButton>(u"Option1").onClick = [this] { ShowOption1(*this); };
+    Get<RadioButton>(u"Option2").onClick = [this] { ShowOption2(*this); };
+    Get<RadioButton>(u"Option3").onClick = [this] { Option3_Click(); };
+    Get<CheckBox>(u"chkBoxSelAll").onClick = [this] { SelectAll(*this); };
+    Get<Button>(u"cmdStart").onClick = [this] { RunConversion(*this); };
+    Get<Button>(u"cmdView").onClick = [this] { cmdView_Click(); };
+    Get<Button>(u"cmdExit").onClick = [this] { cmdExit_Click(); };
+    Get<DirListBox>(u"Dir1").onChange = [this] { FollowDirectory(*this); };
+    Get<DriveListBox>(u"Drive1").onChange = [this] { Drive1_Change(); };
+}
+
+// The connection is left open; the next one to open it closes it.
+void NomiraMain::CheckDatabase() {
+    if (OpenDatabase(kLongTextDatabase)) return;
+    SetEnabled(*this, {u"cmdView", u"cmdStart"}, false);
+    Get<StatusBar>(u"StatusBar1").Panels(kFailurePanel).SetText(u"no connect to database !!!");
+}
+
+void NomiraMain::GoToInstallation() {
+    if (g_sInstallDir.empty()) return;
+    auto& drive = Get<DriveListBox>(u"Drive1");
+    m_sLastDrive = drive.Drive();
+    try {
+        drive.SetDrive(nomira::Left(g_sInstallDir, kRootLength));
+        Get<DirListBox>(u"Dir1").SetPath(Mid(g_sInstallDir, kRootLength + 1));
+    } catch (const RuntimeError&) {
+        if (!m_sLastDrive.empty()) drive.SetDrive(m_sLastDrive);  // empty on a PC without drives
+    }
+}
+
+void NomiraMain::Option3_Click() {
+    if (!IsMiddlewareLinked(*this)) {
+        ShowOption3(*this);
+        return;
+    }
+    SetVisible(*this, {u"Picture1"}, true);
+    if (Text sDirList = g_Comm().GetRobotDirList(); !sDirList.empty())
+        FillRobotTree(*this, sDirList);
+    if (Text sFileList = g_Comm().GetRobotFileList(); !sFileList.empty())
+        ShowRobotPrograms(*this, sFileList);
+}
+
+void NomiraMain::cmdView_Click() {
+    SetVisible(*this,
+               {u"Dir1", u"Drive1", u"Option1", u"Option2", u"Option3", u"Text1", u"File1",
+                u"File2", u"List1", u"TreeView1", u"chkBoxAdd", u"chkBoxSelAll"},
+               false);
+    SetVisible(*this, {u"txtboxView", u"cmdStart"}, true);
+    Get<FileListBox>(u"File1").SetPattern(g_sTextFileExt);
+    Get<FileListBox>(u"File2").SetPattern(kProgramPattern);
+    Get<Button>(u"cmdStart").SetCaption(kSaveCaption);
+    Get<Button>(u"cmdExit").SetCaption(kLeaveViewCaption);
+    SetEnabled(*this, {u"cmdExit", u"cmdStart"}, false);
+    const std::weak_ptr<Form> self = Reference();
+    ProcessPendingEvents();
+    if (self.expired()) return;  // an event has closed the form
+    auto& bar = Get<StatusBar>(u"StatusBar1");
+    bar.Panels(kWorkPanel).SetText(u"exporting data");
+    bar.Refresh();
+    SetVisible(*this, {u"ProgressBar1"}, true);
+    Get<TextBox>(u"txtboxView").SetText(BuildLongTextDump());
+    SetEnabled(*this, {u"cmdExit", u"cmdStart"}, true);
+    SetVisible(*this, {u"ProgressBar1"}, false);
+    bar.Panels(kWorkPanel).SetText(u"");
+}
+
+void NomiraMain::cmdExit_Click() {
+    if (Equal(Get<Button>(u"cmdExit").Caption(), kLeaveViewCaption)) {
+        LeaveView();
+        return;
+    }
+    if (g_Comm().VexonCommands) g_Comm().VexonCommands->ServerOff();
+    EndProgram();
+}
+
+void NomiraMain::LeaveView() {
+    SetVisible(*this, {u"Dir1", u"Drive1", u"Option1", u"Option2", u"Option3"}, true);
+    ShowChosenOption();
+    SetVisible(*this, {u"txtboxView"}, false);
+    Get<Button>(u"cmdStart").SetCaption(u"Start");
+    Get<Button>(u"cmdExit").SetCaption(u"Exit");
+}
+
+void NomiraMain::ShowChosenOption() {
+    for (const TextView sOption : {u"Option1", u"Option2", u"Option3"}) {
+        const auto& option = Get<RadioButton>(sOption);
+        if (!option.Value()) continue;
+        option.onClick();
+        return;
+    }
+    SetVisible(*this, {u"cmdStart"}, false);
+}
+
+// Back on the drive of the load, the lists follow by the change that this is.
+void NomiraMain::Drive1_Change() {
+    auto& drive = Get<DriveListBox>(u"Drive1");
+    try {
+        Get<DirListBox>(u"Dir1").SetPath(drive.Drive());
+    } catch (const RuntimeError& error) {
+        if (error.Number() != ErrorNumber::DeviceUnavailable) {
+            Warn(u"Runtime error!", error.Description());
+            return;
+        }
+        Warn(u"Please insert disk in drive A:", u"Tip");
+        drive.SetDrive(m_sLastDrive);
+    }
 }
 
 }  // namespace nomira

@@ -1,8 +1,27 @@
 #include "ui/StdBofForm.h"
 
+#include <algorithm>
+#include <chrono>
+
+#include "database/adoModul.h"
 #include "frame/ProgramVariables.h"
+#include "frame/Settings.h"
+#include "langtools/RuntimeError.h"
+#include "link/SystemSizes.h"
+#include "link/cVexonComm.h"
+#include "platform/Platform.h"
+#include "ui/Captions.h"
 #include "ui/FormLayout.h"
+#include "ui/KeyStates.h"
+#include "ui/ListHandlers.h"
+#include "ui/Options.h"
+#include "ui/ProgramTree.h"
+#include "ui/RunSoftKeyAction.h"
+#include "ui/StatusRoutines.h"
+#include "ui/formlayer/FileLists.h"
 #include "ui/formlayer/PendantKeyControl.h"
+#include "ui/formlayer/StatusBar.h"
+#include "ui/formlayer/TreeView.h"
 
 namespace nomira {
 namespace {
@@ -113,21 +132,235 @@ constexpr FormDesign kDesign{.sClass = kStdBofFormClass,
 
 constexpr TextView kPendantKeysProgramId = u"TQPOCXLibCtl.Tqp";
 
+// ---- The keys ----
+
+constexpr std::int16_t kSoftKeys = 7;
+constexpr std::int16_t kStatusKeys = 6;
+constexpr std::int16_t kLastOptionKey = 4;
+constexpr std::int16_t kEnterKey = 13;
+
+using KeyClick = void (StdBofForm::*)(std::int16_t nIndex);
+
+struct KeyCode {
+    std::int16_t nCode;
+    KeyClick click;
+    std::int16_t nIndex;
+};
+
+// The hardware keys. The soft keys 3 and 4 and the last status key have none.
+constexpr KeyCode kKeyCodes[] = {
+    {113, &StdBofForm::SoftKey_Click, 0},  {114, &StdBofForm::SoftKey_Click, 1},
+    {115, &StdBofForm::SoftKey_Click, 2},  {118, &StdBofForm::SoftKey_Click, 5},
+    {119, &StdBofForm::SoftKey_Click, 6},  {129, &StdBofForm::StatKeyL_Click, 1},
+    {130, &StdBofForm::StatKeyL_Click, 2}, {131, &StdBofForm::StatKeyL_Click, 3},
+    {132, &StdBofForm::StatKeyL_Click, 4}};
+
+// The first number of a range is the key 0 of its array.
+struct KeyNumbers {
+    std::int16_t nFirst, nLast;
+    KeyClick click;  // none for the counterparts of the keys, which have no action
+};
+
+constexpr KeyNumbers kKeyNumbers[] = {{10, 15, &StdBofForm::StatKeyL_Click},
+                                      {138, 143, nullptr},
+                                      {30, 36, &StdBofForm::SoftKey_Click},
+                                      {158, 164, nullptr}};
+
+// What a soft key makes of the form ahead of its action.
+struct SoftKeyState {
+    std::int16_t nIndex;
+    void (*enter)(const Form& form);
+};
+constexpr SoftKeyState kSoftKeyStates[] = {
+    {0, EnterDatabaseView}, {1, DisableRunKeys}, {2, LeaveDatabaseView}, {5, DisableRunKeys}};
+
+void Toggle(CheckBox& box) {
+    box.SetValue(box.Value() != CheckBox::kCleared ? CheckBox::kCleared : CheckBox::kChecked);
+}
+
+// Where the box of the short symbols is seen, the key is that of the box, be it enabled or not.
+void OptionOrSymbol(const Form& form) {
+    auto& box = form.Get<CheckBox>(u"chkBoxSymbol");
+    if (box.Visible())
+        Toggle(box);
+    else
+        ShowOption3(form);
+}
+
+// The two boxes share one place, and only one of them is seen there.
+void ToggleListBox(const Form& form) {
+    for (const TextView sBox : {u"chkBoxSelAll", u"chkBoxAdd"}) {
+        auto& box = form.Get<CheckBox>(sBox);
+        if (!box.Visible()) continue;
+        Toggle(box);
+        return;
+    }
+}
+
+// The tab key is sent to the form behind a look for the next control that nobody uses.
+void StepFocus(Form& form) {
+    constexpr Desktop::WindowHandle kNoDialog = 0;
+    constexpr Desktop::WindowHandle kFirstControl = 1;
+    TheDesktop().NextDialogTabItem(kNoDialog, kFirstControl, true);
+    form.FocusNext();
+}
+
+struct StatusKeyAction {
+    std::int16_t nIndex;
+    void (*run)(Form& form);
+};
+// The last key is off for good; its step stays behind it.
+constexpr StatusKeyAction kStatusKeyActions[] = {{1, [](Form& form) { ShowOption1(form); }},
+                                                 {2, [](Form& form) { ShowOption2(form); }},
+                                                 {3, [](Form& form) { OptionOrSymbol(form); }},
+                                                 {4, [](Form& form) { ToggleListBox(form); }},
+                                                 {5, StepFocus}};
+
+// The places of the menu row's keys, in twips.
+constexpr float kMenuePlaces[] = {600, 1800, 3000, 4200, 5400, 6600, 7800, 9000};
+
+// ---- Places and words ----
+
+constexpr std::int16_t kLinkPanel = 2;
+constexpr std::int16_t kMessagePanel = 4;
+constexpr std::int32_t kRootLength = 3;  // C:\ and its like
+constexpr std::chrono::milliseconds kTimeToRead{1500};
+
 }  // namespace
+
+// ---- Load ----
 
 StdBofForm::StdBofForm() : DesignedForm(kDesign) {
     Add<PendantKeyControl>(u"TqpKeys").SetProgramId(kPendantKeysProgramId);
 }
 
+// The catalogue comes ahead of the database: they share the one connection.
 void StdBofForm::Load() {
     if (!g_bPendantMode) return;
     StartLists();
+    AttachHandlers();
+    LoadCaptions();
     InitFormLayout(*this);
     InitStatusLayout(*this);
+    CheckDatabase();
+    ConnectLink();
 }
+
+void StdBofForm::AttachHandlers() {
+    for (std::int16_t n = 0; n < kSoftKeys; ++n)
+        SoftKey(*this, n).onClick = [this, n] { SoftKey_Click(n); };
+    for (std::int16_t n = 0; n < kStatusKeys; ++n)
+        StatKeyL(*this, n).onClick = [this, n] { StatKeyL_Click(n); };
+    Get<PendantKeyControl>(u"TqpKeys").onFKey = [this](std::int16_t nCode) { TqpKeys_FKey(nCode); };
+    std::int16_t nOption = 0;
+    for (const TextView sOption : {u"Option1", u"Option2", u"Option3"})
+        Get<RadioButton>(sOption).onClick = [this, n = ++nOption] { StatKeyL_Click(n); };
+    Get<CheckBox>(u"chkBoxSelAll").onClick = [this] { SelectAll(*this); };
+    auto& directories = Get<DirListBox>(u"Dir1");
+    directories.onChange = [this] { FollowDirectory(*this); };
+    directories.onKeyPress = [this](std::int16_t nKeyAscii) { Dir1_KeyPress(nKeyAscii); };
+    Get<DriveListBox>(u"Drive1").onChange = [this] { Drive1_Change(); };
+    Get<TreeView>(u"TreeView1").onKeyDown = [this](std::int16_t& nKeyCode, std::int16_t) {
+        TreeView1_KeyDown(nKeyCode);
+    };
+}
+
+void StdBofForm::CheckDatabase() {
+    if (OpenDatabase(kLongTextDatabase)) return;
+    for (std::int16_t n = 1; n <= kLastOptionKey; ++n)
+        StatKeyL(*this, n).SetEnabled(false);
+    SoftKey(*this, 0).SetEnabled(false);
+    Get<StatusBar>(u"StatusBar1").Panels(kMessagePanel).SetText(u"no connect to database !!!");
+}
+
+void StdBofForm::ConnectLink() {
+    if (g_Comm().ConnectingVexon(Class(), this)) {
+        ShowLinkUp(*this);
+        ReadSystemSizes();
+    } else {
+        Get<StatusBar>(u"StatusBar1").Panels(kLinkPanel).SetText(u"no connect to Vexon !!!");
+    }
+}
+
+void StdBofForm::Form_Unload(std::int16_t&) {}
 
 void StdBofForm::CallByName(TextView sMethod, std::span<const CallArgument> arguments) {
     if (sMethod != u"SetInfoResult") Form::CallByName(sMethod, arguments);
+}
+
+// ---- Keys ----
+
+void StdBofForm::TqpKeys_FKey(std::int16_t nKeyCode) {
+    const auto key = std::ranges::find(kKeyCodes, nKeyCode, &KeyCode::nCode);
+    if (key != std::end(kKeyCodes)) (this->*key->click)(key->nIndex);
+}
+
+void StdBofForm::BOFKey(std::int16_t nKeyNumber) {
+    const auto range = std::ranges::find_if(kKeyNumbers, [nKeyNumber](const KeyNumbers& numbers) {
+        return nKeyNumber >= numbers.nFirst && nKeyNumber <= numbers.nLast;
+    });
+    if (range == std::end(kKeyNumbers) || !range->click) return;
+    (this->*range->click)(static_cast<std::int16_t>(nKeyNumber - range->nFirst));
+}
+
+void StdBofForm::SoftKey_Click(std::int16_t nIndex) {
+    if (!SoftKey(*this, nIndex).Enabled()) return;
+    for (const SoftKeyState& state : kSoftKeyStates)
+        if (state.nIndex == nIndex) state.enter(*this);
+    RunSoftKeyAction(*this, nIndex, u"SoftKey_Click");
+}
+
+void StdBofForm::StatKeyL_Click(std::int16_t nIndex) {
+    if (!StatKeyL(*this, nIndex).Enabled()) return;
+    for (const StatusKeyAction& action : kStatusKeyActions)
+        if (action.nIndex == nIndex) action.run(*this);
+}
+
+// ---- Mouse ----
+
+void StdBofForm::Form_MouseEvent(std::int16_t, std::int16_t, float nX, float) {
+    const auto place = std::ranges::find(kMenuePlaces, nX);
+    if (place == std::end(kMenuePlaces)) return;
+    MenueKey_Click(static_cast<std::int16_t>(place - std::begin(kMenuePlaces)));
+}
+
+void StdBofForm::MenueKey_Click(std::int16_t) {}
+
+void StdBofForm::TreeView1_MouseDown(std::int16_t, std::int16_t, float, float) {}
+
+// ---- Lists ----
+
+void StdBofForm::TreeView1_KeyDown(std::int16_t nKeyCode) {
+    WalkTree(*this, nKeyCode, m_sPrevNodeKey);
+}
+
+void StdBofForm::Dir1_KeyPress(std::int16_t nKeyAscii) {
+    if (nKeyAscii != kEnterKey) return;
+    auto& directories = Get<DirListBox>(u"Dir1");
+    directories.SetPath(directories.List(directories.ListIndex()));
+}
+
+void StdBofForm::Drive1_Change() {
+    try {
+        Get<DirListBox>(u"Dir1").SetPath(Get<DriveListBox>(u"Drive1").Drive());
+        return;
+    } catch (const RuntimeError&) {  // told below
+    }
+    FallBackFromDrive();
+}
+
+// A failure on the way back goes up. The installation's drive comes through Drive1_Change once more
+// if it is another one.
+void StdBofForm::FallBackFromDrive() {
+    auto& drives = Get<DriveListBox>(u"Drive1");
+    SetPanel(*this, kMessagePanel, g_sMsgDeviceUnavailable + u" (" + UCase(drives.Drive()) + u")",
+             picCritical());
+    Get<StatusBar>(u"StatusBar1").Refresh();
+    TheProcesses().Sleep(kTimeToRead);
+    drives.SetDrive(nomira::Left(g_sInstallDir, kRootLength));
+    Get<DirListBox>(u"Dir1").SetPath(Text(g_sInstallDir).append(DefaultTextFilePath()));
+    TheProcesses().Sleep(kTimeToRead);
+    SetPanel(*this, kMessagePanel, u"", {});
 }
 
 }  // namespace nomira

@@ -7,7 +7,6 @@
 #include "langtools/RuntimeError.h"
 #include "link/cVexonComm.h"
 #include "platform/Platform.h"
-#include "ui/formlayer/FileLists.h"
 #include "ui/formlayer/StatusBar.h"
 #include "userprogram/RewriteUserProgram.h"
 
@@ -42,17 +41,10 @@ const FileListBox& File2(const Form& form) {
     return form.Get<FileListBox>(u"File2");
 }
 
-std::vector<Text> SelectedNames(const FileListBox& list) {
-    std::vector<Text> names;
-    for (std::int16_t n = 0; n < list.ListCount(); ++n)
-        if (list.Selected(n)) names.push_back(list.List(n));
-    return names;
-}
-
 // Empty if nothing is selected.
 Text FirstSelectedPath(const FileListBox& list) {
     const std::vector<Text> names = SelectedNames(list);
-    return names.empty() ? Text() : WithBackslash(list.Path()) + names.front();
+    return names.empty() ? Text() : PathInList(list, names.front());
 }
 
 // The fourth panel, with a problem or, for an empty text, without one.
@@ -80,6 +72,17 @@ TextView CutFirstPart(TextView& sRemainder) {
 }
 
 }  // namespace
+
+std::vector<Text> SelectedNames(const FileListBox& list) {
+    std::vector<Text> names;
+    for (std::int16_t n = 0; n < list.ListCount(); ++n)
+        if (list.Selected(n)) names.push_back(list.List(n));
+    return names;
+}
+
+Text PathInList(const FileListBox& list, TextView sName) {
+    return WithBackslash(list.Path()).append(sName);
+}
 
 bool HasSelectionFile1(const Form& form) {
     return !SelectedNames(File1(form)).empty();

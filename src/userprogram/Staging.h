@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "langtools/Text.h"
+#include "ui/formlayer/FileLists.h"
 #include "ui/formlayer/Form.h"
 
 namespace nomira {
@@ -19,6 +20,11 @@ namespace nomira {
 // The staging directory. It exists from CollectSelectedFile2 until the programs are done, and stays
 // behind a run that a run-time error ends.
 inline constexpr TextView TempDir = u"C:\\Temp\\NomiraTemp";
+
+// The selected entries of a list in their order, names without their directory, and the full path
+// of such a name.
+std::vector<Text> SelectedNames(const FileListBox& list);
+Text PathInList(const FileListBox& list, TextView sName);
 
 // Whether any entry of the list is selected.
 bool HasSelectionFile1(const Form& form);

@@ -2,6 +2,9 @@
 
 #include "adapters/memory/MemoryMachine.h"
 #include "langtools/BasicText.h"
+#include "platform/Platform.h"
+#include "testing/ForwardingFiles.h"
+#include "testing/ForwardingPorts.h"
 #include "testing/Raised.h"
 #include "testing/TextPrinting.h"
 #include "ui/formlayer/FormLayer.h"
@@ -53,10 +56,27 @@ class FileListsTest : public ::testing::Test {
 
 // ---- Drives ----
 
-TEST_F(FileListsTest, ADriveListBeginsOnTheFirstDrive) {
+TEST_F(FileListsTest, ADriveListBeginsOnDriveC) {
+    machine.files.PutDirectory(u"A:\\");
     machine.files.PutDirectory(u"D:\\");
-    EXPECT_EQ(drives.Drives(), (Texts{u"c:", u"d:"}));
+    EXPECT_EQ(drives.Drives(), (Texts{u"a:", u"c:", u"d:"}));
     EXPECT_EQ(drives.Drive(), u"c:");
+}
+
+TEST(DriveListTest, WithoutADriveCItBeginsOnTheFirst) {
+    memory::MemoryMachine machine;
+    class TwoDrives : public testing::ForwardingFiles {
+      public:
+        using ForwardingFiles::ForwardingFiles;
+        std::vector<Text> Drives() override { return {u"D:", u"E:"}; }
+    };
+    std::vector<Text> happened;
+    TwoDrives files(machine.files, happened);
+    Platform platform = testing::PortsOf(machine);
+    platform.files = &files;
+    SetPlatform(platform);
+    SampleForm form;
+    EXPECT_EQ(form.drives.Drive(), u"d:");
 }
 
 TEST_F(FileListsTest, ADriveIsItsLetterAlone) {

@@ -154,6 +154,7 @@ class WrongFactory : public LinkFactory {
 
 class WrongLibrary : public LinkLibrary {
   public:
+    bool Installed() const override { return true; }
     std::unique_ptr<LinkFactory> CreateFactory() override {
         return std::make_unique<WrongFactory>();
     }
@@ -222,12 +223,16 @@ TEST_F(cVexonCommTest, ConnectingWithoutTheMiddlewareIsTrueAllTheSame) {
     EXPECT_EQ(g_Comm().GetParticularFileList(u"R1\\Program"), u"");
 }
 
-TEST_F(cVexonCommTest, ConnectingWithoutTheLibraryIsTrueButNotLinked) {
+TEST_F(cVexonCommTest, ConnectingWithoutTheLibraryIsFalse) {
     m_library.bInstalled = false;
+    EXPECT_FALSE(g_Comm().ConnectingVexon(u"A", &m_form));
+    EXPECT_FALSE(g_Comm().IsVexonConnected());
+    EXPECT_EQ(Calls(), Texts{});
+    SetLinkLibrary(nullptr);
+    EXPECT_FALSE(g_Comm().ConnectingVexon(u"A", &m_form));
+    SetLinkLibrary(&m_library);
+    m_library.bInstalled = true;
     EXPECT_TRUE(g_Comm().ConnectingVexon(u"A", &m_form));
-    EXPECT_TRUE(g_Comm().IsVexonConnected());
-    EXPECT_FALSE(g_Comm().VexonCommands->VexonIsConnected());
-    EXPECT_EQ(Calls(), Texts{u"CreateFactory()"});
 }
 
 TEST_F(cVexonCommTest, SecondConnectingDoesNotTryAgain) {

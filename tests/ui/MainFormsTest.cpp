@@ -1,8 +1,6 @@
 #include "adapters/memory/MemoryMachine.h"
 #include "frame/ProgramVariables.h"
 #include "frame/Settings.h"
-#include "platform/Platform.h"
-#include "testing/ForwardingFiles.h"
 #include "testing/Raised.h"
 #include "testing/TextPrinting.h"
 #include "ui/NomiraMain.h"
@@ -21,37 +19,7 @@ class MainFormsTest : public ::testing::Test {
     memory::MemoryMachine machine;
 };
 
-TEST_F(MainFormsTest, TheDesktopFormLoadsIntoTheMiddleOfTheScreen) {
-    machine.desktop.screen = {14830, 13525};
-    const Form& form = LoadForm(std::make_unique<NomiraMain>());
-    EXPECT_EQ(form.Left(), 5000);
-    EXPECT_EQ(form.Top(), 5000);
-    EXPECT_EQ(form.Width(), 4830);
-    EXPECT_EQ(form.Height(), 3525);
-}
-
-TEST_F(MainFormsTest, TheDesktopsBarLiesHiddenOverTheStatusBar) {
-    const Form& form = LoadForm(std::make_unique<NomiraMain>());
-    const auto& bar = form.Get<ProgressBar>(u"ProgressBar1");
-    EXPECT_EQ(bar.Min(), 1);
-    EXPECT_EQ(bar.Max(), 27);
-    EXPECT_EQ(bar.Value(), 1);
-    EXPECT_EQ(bar.Left(), 2055);
-    EXPECT_EQ(bar.Top(), 3330);
-    EXPECT_EQ(bar.Width(), 2000);
-    EXPECT_EQ(bar.Height(), 142);  // of 142.5
-    EXPECT_FALSE(bar.Visible());
-    EXPECT_FALSE(form.Get<Control>(u"Picture1").Visible());
-}
-
-TEST_F(MainFormsTest, TheDesktopFormLoadsIntoItsStartState) {
-    const Form& form = LoadForm(std::make_unique<NomiraMain>());
-    EXPECT_FALSE(form.Get<Control>(u"cmdStart").Visible());
-    EXPECT_FALSE(form.Get<Control>(u"File1").Visible());
-    EXPECT_TRUE(form.Get<Control>(u"Dir1").Visible());
-}
-
-TEST_F(MainFormsTest, TheListsBeginOnTheFirstDrive) {
+TEST_F(MainFormsTest, TheListsBeginOnDriveC) {
     machine.files.Put(u"C:\\a.txt", "x");
     machine.files.Put(u"C:\\sub\\b.src", "x");
     g_sTextFileExt = u"*.txt";
@@ -67,29 +35,6 @@ TEST_F(MainFormsTest, TheListsBeginOnTheFirstDrive) {
     }
 }
 
-class NoDrives : public testing::ForwardingFiles {
-  public:
-    using ForwardingFiles::ForwardingFiles;
-    std::vector<Text> Drives() override { return {}; }
-};
-
-TEST_F(MainFormsTest, WithoutADriveTheListsStayEmpty) {
-    std::vector<Text> happened;
-    NoDrives files(machine.files, happened);
-    Platform platform{&machine.registry,
-                      &machine.processes,
-                      &machine.locale,
-                      &machine.desktop,
-                      &files,
-                      &machine.closedLibrary,
-                      u""};
-    SetPlatform(platform);
-    const Form& form = LoadForm(std::make_unique<NomiraMain>());
-    EXPECT_EQ(form.Get<DriveListBox>(u"Drive1").Drive(), u"");
-    EXPECT_EQ(form.Get<DirListBox>(u"Dir1").Path(), u"");
-    EXPECT_FALSE(form.Get<Control>(u"cmdStart").Visible());
-}
-
 TEST_F(MainFormsTest, ThePendantFormLoadsIntoItsStartStateInPendantModeAlone) {
     g_bPendantMode = true;
     const Form& form = LoadForm(std::make_unique<StdBofForm>());
@@ -103,26 +48,6 @@ TEST_F(MainFormsTest, ThePendantFormLoadsIntoItsStartStateInPendantModeAlone) {
     EXPECT_EQ(unseen.Get<Button>(u"SoftKey", 3).Caption(), u"Soft-Key 3");
     EXPECT_TRUE(unseen.Get<Control>(u"ProgressBar2").Visible());
     EXPECT_TRUE(unseen.Get<PendantKeyControl>(u"TqpKeys").Ranges().empty());
-}
-
-TEST_F(MainFormsTest, TheDesktopFormsPanelsAreAddedWhenItLoads) {
-    EXPECT_EQ(NomiraMain().Get<StatusBar>(u"StatusBar1").PanelCount(), 1);
-    const Form& form = LoadForm(std::make_unique<NomiraMain>());
-    const StatusBar& bar = form.Get<StatusBar>(u"StatusBar1");
-    struct Row {
-        TextView sKey;
-        std::int32_t nMinWidth;
-        std::int16_t nStyle;
-    };
-    const Row rows[] = {
-        {u"", 255, 0}, {u"Objekt2", 1700, 0}, {u"Objekt3", 2100, 0}, {u"Objekt4", 960, 5}};
-    ASSERT_EQ(bar.PanelCount(), 4);
-    for (std::int16_t n = 1; n <= 4; ++n) {
-        const Row& row = rows[n - 1];
-        EXPECT_EQ(bar.Panels(n).Key(), row.sKey);
-        EXPECT_EQ(bar.Panels(n).MinWidth(), row.nMinWidth);
-        EXPECT_EQ(bar.Panels(n).Style(), row.nStyle);
-    }
 }
 
 // The link calls by name; the pendant form alone has the one method, and ignores what it is told.

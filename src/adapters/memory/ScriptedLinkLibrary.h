@@ -70,6 +70,7 @@ class ScriptedLinkLibrary : public LinkLibrary {
     // The callback of the last ConfirmAllMessages.
     const IOCallbackError* lastConfirmation = nullptr;
 
+    bool Installed() const override { return bInstalled; }
     std::unique_ptr<LinkFactory> CreateFactory() override;
 
   private:

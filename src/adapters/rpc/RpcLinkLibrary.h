@@ -36,6 +36,7 @@ class RpcLinkLibrary : public LinkLibrary {
     RpcLinkLibrary(std::filesystem::path socket, ResolvePath resolvePath);
     ~RpcLinkLibrary() override;
 
+    bool Installed() const override { return true; }
     std::unique_ptr<LinkFactory> CreateFactory() override;
 
     // Hands the watch reports and messages that have come to their callbacks, on this thread, and

@@ -11,8 +11,9 @@
 namespace nomira {
 namespace {
 
-constexpr std::size_t kDriveLength = 2;  // C:
-constexpr std::size_t kRootLength = 3;   // with its backslash
+constexpr TextView kFirstChoice = u"c:";  // ahead of floppy drives
+constexpr std::size_t kDriveLength = 2;   // C:
+constexpr std::size_t kRootLength = 3;    // with its backslash
 
 Text Joined(TextView sDirectory, TextView sName) {
     Text sPath(sDirectory);
@@ -85,6 +86,7 @@ std::vector<Text> MatchingNames(TextView sDirectory, TextView sPatterns) {
 Text DriveListBox::Drive() const {
     if (!m_sDrive.empty()) return m_sDrive;
     const std::vector<Text> drives = Drives();
+    if (std::ranges::find(drives, kFirstChoice) != drives.end()) return Text(kFirstChoice);
     return drives.empty() ? Text() : drives.front();
 }
 

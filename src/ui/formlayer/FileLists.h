@@ -23,7 +23,8 @@ class DriveListBox : public Control {
     // Runs at each new drive, set by the program or the user.
     std::function<void()> onChange;
 
-    // In small letters, as u"c:". The first of the system until one is set; empty without any.
+    // In small letters, as u"c:". Until one is set, c: or, without that, the first of the system;
+    // empty without any.
     Text Drive() const;
     // Takes the first character of the text as the drive's letter. Raises DeviceUnavailable for a
     // drive that the system doesn't have, and keeps the old one; what is in the drive isn't looked

@@ -24,13 +24,18 @@ bool SelectionList::Selected(std::int16_t nIndex) const {
 
 void SelectionList::SetSelected(std::int16_t nIndex, bool bSelected) {
     At(nIndex);
-    std::vector<Entry> entries = m_entries;
+    const auto nPlace = static_cast<std::size_t>(nIndex);
+    bool bChanged = false;
+    const auto select = [&bChanged](Entry& entry, bool bNow) {
+        bChanged = bChanged || entry.bSelected != bNow;
+        entry.bSelected = bNow;
+    };
     if (bSelected && m_nMultiSelect == kSingle) {
-        for (Entry& entry : entries)
-            entry.bSelected = false;
+        for (Entry& entry : m_entries)
+            if (&entry != &m_entries[nPlace]) select(entry, false);
     }
-    entries[static_cast<std::size_t>(nIndex)].bSelected = bSelected;
-    Assign(m_entries, entries, u"Selected");
+    select(m_entries[nPlace], bSelected);
+    if (bChanged) Changed(u"Selected");
 }
 
 void SelectionList::UserSelect(std::int16_t nIndex, bool bSelected) {
