@@ -46,5 +46,7 @@ function(nomira_test name)
     target_link_libraries(${name} PRIVATE nomira_options nomira_testing ${ARG_LINKS}
                           GTest::gtest GTest::gtest_main)
     target_precompile_headers(${name} REUSE_FROM nomira_testing)
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+    # No test uses the display of whoever runs it.
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
+        PROPERTIES TIMEOUT 300 ENVIRONMENT "DISPLAY=;WAYLAND_DISPLAY=")
 endfunction()

@@ -23,8 +23,8 @@ using testing::ProcessOutcome;
 using Rows = std::vector<std::vector<std::string>>;
 
 constexpr const char* kNoWindow =
-    "nomira: this build has no window to show the program's form in; give a batch command "
-    "instead, such as 'TEXT_INTO_DB|OVERWRITE|C:\\names.txt'\n";
+    "nomira: there is no display to show the program's form on; give a batch command instead, such "
+    "as 'TEXT_INTO_DB|OVERWRITE|C:\\names.txt'\n";
 constexpr const char* kTooFew = "Nomira: Number of parameters too less !!!\n";
 constexpr const char* kWrong = "Nomira: command lines arguments wrong !!!\n";
 
@@ -54,9 +54,11 @@ class NomiraTest : public ::testing::Test {
     }
     ProcessOutcome Run(const std::vector<std::string>& arguments,
                        testing::Environment environment = {}) const {
-        environment.insert(
-            environment.begin(),
-            {{"NOMIRA_PREFIX", m_prefix.string()}, {"LC_ALL", "C"}, {"HOME", m_prefix.string()}});
+        environment.insert(environment.begin(), {{"NOMIRA_PREFIX", m_prefix.string()},
+                                                 {"LC_ALL", "C"},
+                                                 {"HOME", m_prefix.string()},
+                                                 {"DISPLAY", ""},
+                                                 {"WAYLAND_DISPLAY", ""}});
         return testing::RunProcess(NOMIRA_PROGRAM, arguments, environment);
     }
     Rows Stored() const {
@@ -75,7 +77,7 @@ class NomiraTest : public ::testing::Test {
     fs::path m_prefix;
 };
 
-TEST_F(NomiraTest, WithoutArgumentsItSaysThatThereIsNoWindow) {
+TEST_F(NomiraTest, WithoutADisplayItSaysThatTheFormHasNone) {
     const ProcessOutcome outcome = Run({});
     EXPECT_EQ(outcome.nStatus, 1);
     EXPECT_EQ(outcome.sOut, "");

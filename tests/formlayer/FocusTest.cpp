@@ -128,5 +128,20 @@ TEST_F(FocusTest, TheFocusMovesOnFromAControlThatLosesIt) {
     EXPECT_EQ(form.Focus(), nullptr);
 }
 
+TEST_F(FocusTest, TheTabKeyGoesBackwardsToo) {
+    form.FocusPrevious();
+    EXPECT_EQ(FocusName(), u"Third");
+    form.FocusPrevious();
+    EXPECT_EQ(FocusName(), u"Second");
+    form.second.SetTabStop(false);
+    form.FocusPrevious();
+    EXPECT_EQ(FocusName(), u"First");
+    form.FocusPrevious();
+    EXPECT_EQ(FocusName(), u"Third");
+    form.placeless.SetFocus();
+    form.FocusPrevious();
+    EXPECT_EQ(FocusName(), u"Third");
+}
+
 }  // namespace
 }  // namespace nomira

@@ -52,6 +52,8 @@ class PosixDesktop : public Desktop {
     void WithdrawWindow(TextView sTitle);
     // For the first instance: what others have asked since the last call, in its order.
     std::vector<WindowRequest> TakeRequests();
+    // Becomes readable when there is something to take; -1 for one that is not the first instance.
+    int RequestDescriptor() const { return m_socket.Get(); }
 
   private:
     // Whether this object is the first instance.

@@ -24,4 +24,14 @@ void PosixMachine::BecomePlatform(Text sCommandLine) {
                  .sCommandLine = std::move(sCommandLine)});
 }
 
+void PosixMachine::UseDesktop(Desktop& other) {
+    SetPlatform({.registry = &registry,
+                 .processes = &processes,
+                 .locale = &locale,
+                 .desktop = &other,
+                 .files = &files,
+                 .closedLibrary = &closedLibrary,
+                 .sCommandLine = CommandLine()});
+}
+
 }  // namespace nomira::posix

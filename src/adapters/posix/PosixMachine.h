@@ -29,6 +29,8 @@ struct PosixMachine {
 
     // Makes this the platform; the machine must outlive it.
     void BecomePlatform(Text sCommandLine);
+    // Puts another desktop into the platform that this has become; it must outlive its use.
+    void UseDesktop(Desktop& other);
 };
 
 }  // namespace nomira::posix

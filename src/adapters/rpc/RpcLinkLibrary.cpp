@@ -61,6 +61,14 @@ void RpcLinkLibrary::ServeEvents() {
         connection->Serve();
 }
 
+std::vector<int> RpcLinkLibrary::EventDescriptors() const {
+    std::vector<int> descriptors;
+    for (const auto& connection : m_shared->Alive())
+        if (const int nDescriptor = connection->Descriptor(); nDescriptor >= 0)
+            descriptors.push_back(nDescriptor);
+    return descriptors;
+}
+
 bool RpcLinkLibrary::WaitForEvents(std::chrono::milliseconds longest) {
     std::vector<pollfd> descriptors;
     for (const auto& connection : m_shared->Alive()) {

@@ -44,6 +44,10 @@ class RpcLinkLibrary : public LinkLibrary {
     // delivers nothing by itself.
     void ServeEvents();
 
+    // Become readable when there may be something for ServeEvents; others after a connection has
+    // come or gone. What has been read already is not told by them.
+    std::vector<int> EventDescriptors() const;
+
     // Waits until there may be something for ServeEvents, or the time is over; false if it is.
     bool WaitForEvents(std::chrono::milliseconds longest);
 

@@ -1,6 +1,7 @@
 #include "ui/formlayer/Form.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "langtools/BasicText.h"
 #include "ui/formlayer/FormLayer.h"
@@ -71,18 +72,33 @@ void Form::FocusNext() {
     if (Control* next = NextTabStop()) GiveFocus(next);
 }
 
+void Form::FocusPrevious() {
+    const std::vector<Control*> stops = TabStops();
+    if (stops.empty()) return;
+    // The highest tab index ahead of that of the focus, else the highest of all.
+    const auto here =
+        m_focus ? std::ranges::lower_bound(stops, m_focus->TabIndex(), {}, &Control::TabIndex)
+                : stops.begin();
+    GiveFocus(here == stops.begin() ? stops.back() : *std::prev(here));
+}
+
+// The controls at which the tab key stops now, by their tab indices.
+std::vector<Control*> Form::TabStops() const {
+    std::vector<Control*> stops;
+    for (const auto& control : m_controls)
+        if (control->TabIndex() >= 0 && control->TabStop() && control->CanTakeFocus())
+            stops.push_back(control.get());
+    std::ranges::stable_sort(stops, {}, &Control::TabIndex);
+    return stops;
+}
+
 // The lowest tab index behind that of the focus, else the lowest of all.
 Control* Form::NextTabStop() const {
+    const std::vector<Control*> stops = TabStops();
+    if (stops.empty()) return nullptr;
     const std::int16_t nHere = m_focus ? m_focus->TabIndex() : std::int16_t{-1};
-    Control* first = nullptr;
-    Control* next = nullptr;
-    for (const auto& control : m_controls) {
-        const std::int16_t nTab = control->TabIndex();
-        if (nTab < 0 || !control->TabStop() || !control->CanTakeFocus()) continue;
-        if (!first || nTab < first->TabIndex()) first = control.get();
-        if (nTab > nHere && (!next || nTab < next->TabIndex())) next = control.get();
-    }
-    return next ? next : first;
+    const auto next = std::ranges::upper_bound(stops, nHere, {}, &Control::TabIndex);
+    return next == stops.end() ? stops.front() : *next;
 }
 
 void Form::Changed(TextView sProperty) {

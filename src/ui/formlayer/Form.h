@@ -101,6 +101,8 @@ class Form {
     // The tab key: on to the next tab stop, by the controls' tab indices, and from the last to the
     // first. Nothing happens if no control can take the focus.
     void FocusNext();
+    // The same the other way round.
+    void FocusPrevious();
 
   protected:
     template <typename Kind>
@@ -123,6 +125,7 @@ class Form {
     bool HasArray(TextView sName) const;
     void GiveFocus(Control* control);
     void MoveFocusIfLost();
+    std::vector<Control*> TabStops() const;
     Control* NextTabStop() const;
 
     template <typename Held, typename Given>
