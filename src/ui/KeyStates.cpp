@@ -26,28 +26,24 @@ void ShowView(const Form& form) {
     SetVisible(form, {u"ProgressBar2"}, true);
 }
 
-// What the view has hidden of an option: the list or the box, and perhaps the place of the text
-// file.
+// Where the way back from the view leads.
 struct Return {
     TextView sButton;
-    void (*show)(const Form& form);
-    bool bPlace;
-    TextView sList;  // takes the focus
+    void (*show)(const Form& form);  // shows all that the view has hidden of the option
+    TextView sFocus;
 };
 
 constexpr Return kReturns[] = {
-    {u"Option1", ShowOption1, true, u"File1"},
-    {u"Option2", ShowOption2, true, u"Text1"},
-    {u"Option3", ShowOption3, false, u"File2"},
+    {u"Option1", ShowOption1, u"File1"},
+    {u"Option2", ShowOption2, u"Text1"},
+    {u"Option3", ShowOption3, u"File2"},
 };
 
 void ReturnToOption(const Form& form) {
     for (const Return& row : kReturns) {
         if (!form.Get<RadioButton>(row.sButton).Value()) continue;
         row.show(form);
-        if (row.bPlace) SetVisible(form, {u"Drive1", u"Dir1"}, true);
-        SetVisible(form, {row.sList}, true);
-        form.Get<Control>(row.sList).SetFocus();
+        form.Get<Control>(row.sFocus).SetFocus();
         return;
     }
     InitFormLayout(form);

@@ -3,9 +3,9 @@
 #include "conversion/TextExport.h"
 #include "database/adoModul.h"
 #include "frame/KillProcess.h"
-#include "frame/ProgramEnd.h"
 #include "frame/ProgramVariables.h"
 #include "frame/Settings.h"
+#include "langtools/ProgramEnd.h"
 #include "link/cVexonComm.h"
 #include "platform/Platform.h"
 #include "ui/FormLayout.h"
@@ -73,9 +73,6 @@ constexpr AddedPanel kAddedPanels[] = {
     {u"Objekt3", 2100, Panel::kTextStyle},
     {u"Objekt4", 960, Panel::kClockStyle},
 };
-
-constexpr std::int16_t kWorkPanel = 2;
-constexpr std::int16_t kFailurePanel = 3;
 
 constexpr TextView kMiddlewareProcess = u"VEXON3.EXE";
 constexpr TextView kLeaveViewCaption = u"Exit View";
@@ -149,7 +146,7 @@ void NomiraMain::AttachHandlers() {
 void NomiraMain::CheckDatabase() {
     if (OpenDatabase(kLongTextDatabase)) return;
     SetEnabled(*this, {u"cmdView", u"cmdStart"}, false);
-    Get<StatusBar>(u"StatusBar1").Panels(kFailurePanel).SetText(u"no connect to database !!!");
+    Get<StatusBar>(u"StatusBar1").Panels(kResultPanel).SetText(u"no connect to database !!!");
 }
 
 void NomiraMain::GoToInstallation() {
@@ -187,9 +184,7 @@ void NomiraMain::cmdView_Click() {
     Get<Button>(u"cmdStart").SetCaption(kSaveCaption);
     Get<Button>(u"cmdExit").SetCaption(kLeaveViewCaption);
     SetEnabled(*this, {u"cmdExit", u"cmdStart"}, false);
-    const std::weak_ptr<Form> self = Reference();
     ProcessPendingEvents();
-    if (self.expired()) return;  // an event has closed the form
     auto& bar = Get<StatusBar>(u"StatusBar1");
     bar.Panels(kWorkPanel).SetText(u"exporting data");
     bar.Refresh();

@@ -9,6 +9,7 @@
 #include "langtools/BasicText.h"
 #include "langtools/RuntimeError.h"
 #include "ui/FormAccess.h"
+#include "ui/StatusRoutines.h"
 #include "ui/formlayer/FileLists.h"
 #include "ui/formlayer/StatusBar.h"
 
@@ -19,8 +20,6 @@ constexpr std::optional<bool> kUnchanged = std::nullopt;
 constexpr TextView kProgramFolder = u"\\Roboter\\TQX\\R1";
 constexpr std::int32_t kRootLength = 3;       // C:\ and its like
 constexpr std::int32_t kExtensionLength = 4;  // .txt and its like
-constexpr std::int16_t kActionPanel = 3;
-constexpr std::int16_t kMessagePanel = 4;
 constexpr std::int16_t kStatusKeys = 4;
 
 // Which controls an option shows.
@@ -90,10 +89,8 @@ void ShowLists(const Form& form, const OptionView& option) {
 }
 
 void ClearPanels(const Form& form, const OptionKeys& option) {
-    auto& bar = form.Get<StatusBar>(u"StatusBar1");
-    if (option.bClearsAction) bar.Panels(kActionPanel).SetText(u"");
-    bar.Panels(kMessagePanel).SetText(u"");
-    bar.Panels(kMessagePanel).SetPicture({});
+    if (option.bClearsAction) form.Get<StatusBar>(u"StatusBar1").Panels(kActionPanel).SetText(u"");
+    SetPanel(form, kMessagePanel, u"", {});
 }
 
 void TakeCaption(const Form& form, TextView sButton) {

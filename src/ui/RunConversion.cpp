@@ -19,8 +19,6 @@ namespace nomira {
 namespace {
 
 constexpr float kProgressMax = 27;
-constexpr std::int16_t kWorkPanel = 2;
-constexpr std::int16_t kResultPanel = 3;
 constexpr TextView kMiddlewareProcesses[] = {u"Orvo-Vexon 3.EXE", u"VEXON3.EXE"};
 
 StatusBar& Bar(const Form& form) {

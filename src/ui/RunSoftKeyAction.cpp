@@ -3,8 +3,8 @@
 #include "conversion/TextExport.h"
 #include "conversion/TextImport.h"
 #include "database/adoModul.h"
-#include "frame/ProgramEnd.h"
 #include "frame/Settings.h"
+#include "langtools/ProgramEnd.h"
 #include "link/cVexonComm.h"
 #include "ui/KeyStates.h"
 #include "ui/PendantKeys.h"
@@ -16,9 +16,6 @@
 
 namespace nomira {
 namespace {
-
-constexpr std::int16_t kLinkPanel = 2;
-constexpr std::int16_t kActionPanel = 3;
 
 // Runs a pass while the panel shows its picture.
 template <typename Pass>

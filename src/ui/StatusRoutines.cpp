@@ -7,8 +7,6 @@
 namespace nomira {
 namespace {
 
-constexpr std::int16_t kLinkPanel = 2;
-
 Panel& PanelOf(const Form& form, std::int16_t nPanel) {
     return form.Get<StatusBar>(u"StatusBar1").Panels(nPanel);
 }

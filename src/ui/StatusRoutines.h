@@ -10,10 +10,15 @@
 
 namespace nomira {
 
+// The panels of the pendant form's status bar: the link, the running action, messages.
+inline constexpr std::int16_t kLinkPanel = 2;
+inline constexpr std::int16_t kActionPanel = 3;
+inline constexpr std::int16_t kMessagePanel = 4;
+
 // Gives panel `nPanel` of StatusBar1, one-based, its text and its picture.
 void SetPanel(const Form& form, std::int16_t nPanel, TextView sText, const Picture& picture);
 
-// Panel 2 shows the picture of a link that is up; its text stays.
+// The link's panel shows the picture of a link that is up; its text stays.
 void ShowLinkUp(const Form& form);
 
 // The panel shows the text and the picture, and the progress bar is seen and begins anew.

@@ -221,8 +221,6 @@ constexpr float kMenuePlaces[] = {600, 1800, 3000, 4200, 5400, 6600, 7800, 9000}
 
 // ---- Places and words ----
 
-constexpr std::int16_t kLinkPanel = 2;
-constexpr std::int16_t kMessagePanel = 4;
 constexpr std::int32_t kRootLength = 3;  // C:\ and its like
 constexpr std::chrono::milliseconds kTimeToRead{1500};
 

@@ -3,7 +3,7 @@
 #include <stdexcept>
 
 #include "adapters/memory/MemoryMachine.h"
-#include "frame/ProgramEnd.h"
+#include "langtools/ProgramEnd.h"
 #include "langtools/RuntimeError.h"
 #include "testing/ForwardingPorts.h"
 #include "testing/TextPrinting.h"

@@ -253,6 +253,11 @@ TEST_F(FileListsTest, FilesAreListedWithoutRegardToCase) {
     EXPECT_EQ(Entries(files), (Texts{u"A.SRC", u"b.src"}));
     files.SetPath(u"C:\\");
     EXPECT_EQ(files.ListCount(), 0);
+    for (const TextView sName : {u"a", u"B", u"c"})
+        machine.files.Put(Text(u"C:\\mixed\\").append(sName), "");
+    files.SetPattern(u"*");
+    files.SetPath(u"C:\\mixed");
+    EXPECT_EQ(Entries(files), (Texts{u"a", u"B", u"c"}));
 }
 
 TEST_F(FileListsTest, AFileListRefusesWhatIsNoDirectory) {

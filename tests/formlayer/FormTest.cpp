@@ -1,8 +1,10 @@
 #include "ui/formlayer/Form.h"
 
 #include "adapters/memory/MemoryMachine.h"
+#include "langtools/ProgramEnd.h"
 #include "testing/Raised.h"
 #include "testing/TextPrinting.h"
+#include "ui/formlayer/Buttons.h"
 #include "ui/formlayer/FormLayer.h"
 
 namespace nomira {
@@ -85,6 +87,81 @@ TEST_F(FormTest, IsShownOnce) {
     EXPECT_TRUE(form.Visible());
     EXPECT_EQ(view.events,
               (std::vector<ViewEvent>{{ViewEvent::Kind::FormShown, u"Sample", u"", u""}}));
+}
+
+// A loaded form with a button that lets events through, and that has something to do behind them.
+class FormCloseTest : public ::testing::Test {
+  protected:
+    class YieldingForm : public Form {
+      public:
+        explicit YieldingForm(Text sClass) : Form(std::move(sClass)) {
+            Add<Button>(u"Yield").onClick = [this] {
+                ProcessPendingEvents();
+                SetCaption(u"done");
+            };
+            Add<Button>(u"Fail").onClick = [] { Raise(ErrorNumber::PathNotFound); };
+        }
+    };
+
+    FormCloseTest() {
+        SetView(&view);
+        form.Show();
+        other.Show();
+        view.events.clear();
+    }
+    ~FormCloseTest() override {
+        SetView(nullptr);
+        UnloadForm(u"One");
+        UnloadForm(u"Two");
+    }
+    void Click(TextView sButton) { form.Get<Button>(sButton).UserClick(); }
+
+    memory::RecordingView view;
+    Form& form = LoadForm(std::make_unique<YieldingForm>(u"One"));
+    Form& other = LoadForm(std::make_unique<YieldingForm>(u"Two"));
+};
+
+TEST_F(FormCloseTest, AtRestTheFormIsUnloaded) {
+    const std::weak_ptr<Form> reference = form.Reference();
+    form.UserClose();
+    EXPECT_EQ(FindForm(u"One"), nullptr);
+    EXPECT_TRUE(reference.expired());
+    EXPECT_EQ(view.events,
+              (std::vector<ViewEvent>{{ViewEvent::Kind::FormUnloaded, u"One", u"", u""}}));
+    EXPECT_EQ(FindForm(u"Two"), &other);
+}
+
+TEST_F(FormCloseTest, InsideAHandlerTheProgramEndsAndTheFormStays) {
+    view.onPendingEvents = [this] { form.UserClose(); };
+    EXPECT_THROW(Click(u"Yield"), ProgramEnd);
+    EXPECT_EQ(FindForm(u"One"), &form);
+    EXPECT_TRUE(form.Visible());
+    EXPECT_EQ(form.Caption(), u"") << "the handler has gone on";
+}
+
+TEST_F(FormCloseTest, TheHandlerOfAnotherFormCountsToo) {
+    view.onPendingEvents = [this] { other.UserClose(); };
+    EXPECT_THROW(Click(u"Yield"), ProgramEnd);
+    EXPECT_EQ(FindForm(u"Two"), &other);
+}
+
+TEST_F(FormCloseTest, AHandlerInsideAnotherLeavesTheOuterOneAtWork) {
+    view.onPendingEvents = [this] {
+        view.onPendingEvents = nullptr;
+        Click(u"Yield");
+        form.UserClose();
+    };
+    EXPECT_THROW(Click(u"Yield"), ProgramEnd);
+    EXPECT_EQ(FindForm(u"One"), &form);
+}
+
+TEST_F(FormCloseTest, BehindAHandlerTheFormIsAtRestHoweverTheHandlerEnded) {
+    Click(u"Yield");
+    EXPECT_EQ(testing::Raised([this] { Click(u"Fail"); }), ErrorNumber::PathNotFound);
+    view.onPendingEvents = [this] { form.UserClose(); };
+    EXPECT_THROW(Click(u"Yield"), ProgramEnd);
+    form.UserClose();
+    EXPECT_EQ(FindForm(u"One"), nullptr);
 }
 
 }  // namespace

@@ -79,6 +79,14 @@ TEST_F(PendantKeyControlTest, ARangeAddedTwiceDeliversOnceAndEndsAtOnce) {
     EXPECT_EQ(view.CountChanges(u"Keys", u"FKeys"), 3);
 }
 
+TEST_F(PendantKeyControlTest, TheEndOfARangeLeavesTheOthers) {
+    form.keys.AddFKeys(113, 115);
+    form.keys.AddFKeys(118, 119);
+    form.keys.SubFKeys(113, 115);
+    form.keys.SubFKeys(118, 118);
+    EXPECT_EQ(form.keys.Ranges(), (std::vector<PendantKeyControl::Range>{{118, 119}}));
+}
+
 TEST_F(PendantKeyControlTest, AKeyWithoutAHandlerIsNoFailure) {
     form.keys.AddFKeys(113, 115);
     EXPECT_EQ(Raised([&] { form.keys.UserKey(113); }), std::nullopt);

@@ -191,7 +191,7 @@ TEST_F(ProgressTest, ThePendantBranchLetsEventsThroughFirst) {
 TEST_F(ProgressTest, AnEventMayCloseThePendantForm) {
     LoadPendantForm();
     RecordingView view;
-    view.onPendingEvents = [] { UnloadForm(u"StdBofForm"); };
+    view.onPendingEvents = [] { FindForm(u"StdBofForm")->UserClose(); };
     SetView(&view);
     AdvanceProgress();
     EXPECT_EQ(FindForm(u"StdBofForm"), nullptr);

@@ -15,11 +15,6 @@ namespace {
 using memory::PlayedUser;
 using Texts = std::vector<std::string>;
 
-constexpr const char* kProgram =
-    "DEF a()\r\n;FOLD OUT 7 'old' State=TRUE;%{PE}\r\n$OUT[7]=TRUE\r\n;ENDFOLD\r\nEND\r\n";
-constexpr const char* kRewritten =
-    "DEF a()\r\n;FOLD OUT 7 'Pump' State=TRUE;%{PE}\r\n$OUT[7]=TRUE\r\n;ENDFOLD\r\nEND\r\n";
-
 const Text& PanelText(const Form& form, std::int16_t nPanel) {
     return form.Get<StatusBar>(u"StatusBar1").Panels(nPanel).Text();
 }

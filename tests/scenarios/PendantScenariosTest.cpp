@@ -14,11 +14,6 @@ namespace {
 using memory::PlayedUser;
 using Texts = std::vector<std::string>;
 
-constexpr const char* kProgram =
-    "DEF a()\r\n;FOLD OUT 7 'old' State=TRUE;%{PE}\r\n$OUT[7]=TRUE\r\n;ENDFOLD\r\nEND\r\n";
-constexpr const char* kRewritten =
-    "DEF a()\r\n;FOLD OUT 7 'Pump' State=TRUE;%{PE}\r\n$OUT[7]=TRUE\r\n;ENDFOLD\r\nEND\r\n";
-
 // The hardware keys by what they stand for.
 enum Key : std::int16_t {
     kView = 113,
@@ -254,6 +249,32 @@ TEST_F(PendantScenariosTest, TheExitKeyEndsTheProgramInTheMiddleOfAPass) {
 }
 
 // The run keys are off while a pass runs; the status keys work, and only the form's state follows.
+TEST_F(PendantScenariosTest, TheClosedWindowEndsTheProgramInTheMiddleOfAPass) {
+    plant.Put("tqx/Data/a.txt", "IN_1 Pump\r\nIN_2 Pump\r\nIN_3 Pump\r\n");
+    int nSteps = 0;
+    const int nStatus = plant.Run([&](PlayedUser& user, Form& form) {
+        plant.view.onPendingEvents = [&] {
+            if (++nSteps == 2) form.UserClose();
+        };
+        Press(user, kOption1);
+        Press(user, kList);  // no clearing: every step is one of the import
+        user.Select(u"File1", 0);
+        Press(user, kStart);
+        ADD_FAILURE() << "the program goes on";
+    });
+    EXPECT_EQ(nStatus, 0);
+    EXPECT_EQ(nSteps, 2);
+    EXPECT_TRUE(plant.desktop.boxes.empty());
+    EXPECT_LT(plant.Texts().size(), 3U);
+}
+
+TEST_F(PendantScenariosTest, TheClosedWindowEndsTheProgramAtRest) {
+    const int nStatus = plant.Run([&](PlayedUser&, Form& form) { form.UserClose(); });
+    EXPECT_EQ(nStatus, 0);
+    EXPECT_FALSE(AnyFormVisible());
+    EXPECT_TRUE(plant.desktop.boxes.empty());
+}
+
 TEST_F(PendantScenariosTest, KeysPressedDuringAPassDoWhatTheKeyModelSays) {
     plant.StoreText("IO", "IN_9", "from before");
     plant.Put("tqx/Data/a.txt", "IN_1 Pump\r\nIN_2 Valve\r\n");

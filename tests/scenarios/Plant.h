@@ -22,6 +22,12 @@
 
 namespace nomira::testing {
 
+// A program that knows output 7 by an old name, and the same when the name is Pump.
+inline constexpr const char* kProgram =
+    "DEF a()\r\n;FOLD OUT 7 'old' State=TRUE;%{PE}\r\n$OUT[7]=TRUE\r\n;ENDFOLD\r\nEND\r\n";
+inline constexpr const char* kRewritten =
+    "DEF a()\r\n;FOLD OUT 7 'Pump' State=TRUE;%{PE}\r\n$OUT[7]=TRUE\r\n;ENDFOLD\r\nEND\r\n";
+
 class Plant {
   public:
     // C:\tqx is the installation, with its folders Data and Roboter\TQX\R1, and the long-text

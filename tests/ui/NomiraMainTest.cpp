@@ -2,7 +2,7 @@
 
 #include "conversion/TextExport.h"
 #include "database/adoModul.h"
-#include "frame/ProgramEnd.h"
+#include "langtools/ProgramEnd.h"
 #include "testing/ForwardingEngine.h"
 #include "testing/Raised.h"
 #include "testing/UnavailableEngine.h"
@@ -549,12 +549,20 @@ TEST_F(NomiraMainTest, TheViewMayBePressedAgainWhileItOpens) {
     EXPECT_TRUE(IsEnabled(u"cmdExit"));
 }
 
-TEST_F(NomiraMainTest, AFormThatIsClosedWhileTheViewOpensIsLeftAlone) {
+TEST_F(NomiraMainTest, AFormThatIsClosedWhileTheViewOpensEndsTheProgram) {
     Show();
-    view.onPendingEvents = [] { UnloadForm(kNomiraMainClass); };
-    User().Click(u"cmdView");
-    EXPECT_EQ(FindForm(kNomiraMainClass), nullptr);
+    view.onPendingEvents = [this] { form->UserClose(); };
+    EXPECT_THROW(User().Click(u"cmdView"), ProgramEnd);
     EXPECT_EQ(view.steps.back(), u"pending events");
+    EXPECT_EQ(FindForm(kNomiraMainClass), form);
+}
+
+TEST_F(NomiraMainTest, AFormThatIsClosedAtRestGoes) {
+    Show();
+    User().Click(u"cmdView");
+    form->UserClose();
+    EXPECT_EQ(FindForm(kNomiraMainClass), nullptr);
+    EXPECT_FALSE(AnyFormVisible());
 }
 
 TEST_F(NomiraMainTest, TheViewComesBackToTheChosenOption) {
@@ -600,6 +608,8 @@ TEST_F(NomiraMainTest, LeavingTheViewWithoutAnOptionHidesStartFirst) {
                      u"Option1.Visible=True", u"Option2.Visible=True", u"Option3.Visible=True",
                      u"cmdStart.Visible=False", u"txtboxView.Visible=False",
                      u"cmdStart.Caption=Start", u"cmdExit.Caption=Exit"}));
+    for (const TextView sOption : {u"Option1", u"Option2", u"Option3"})
+        EXPECT_FALSE(Get<RadioButton>(sOption).Value());
 }
 
 TEST_F(NomiraMainTest, LeavingTheViewAsksTheControllerAnew) {

@@ -1,6 +1,8 @@
 #include "ui/Options.h"
 
+#include <algorithm>
 #include <functional>
+#include <utility>
 
 #include "adapters/memory/MemoryMachine.h"
 #include "frame/ProgramVariables.h"
@@ -134,6 +136,25 @@ TEST_F(OptionsTest, TheListsGoToTheInstallation) {
             EXPECT_EQ(form->Get<DirListBox>(u"Dir1").Path(), expected[n]);
         }
     }
+}
+
+TEST_F(OptionsTest, TheListIsReadAnewBehindTheWayToTheInstallation) {
+    g_sInstallDir = u"C:\\tqx";
+    SetView(&view);
+    for (const auto& [nOption, sList] : {std::pair(0, u"File1"), std::pair(2, u"File2")}) {
+        desktop.Get<DirListBox>(u"Dir1").SetPath(u"D:\\else");
+        view.events.clear();
+        kShow[nOption](desktop);
+        const auto placeOf = [this](const memory::ViewEvent& event) {
+            return std::ranges::find(view.events, event) - view.events.begin();
+        };
+        using Kind = memory::ViewEvent::Kind;
+        const auto nArrived = placeOf({Kind::PropertyChanged, u"NomiraMain", u"Dir1", u"Path"});
+        const auto nRead = placeOf({Kind::Refreshed, u"NomiraMain", sList, {}});
+        EXPECT_LT(nArrived, nRead) << testing::Printable(sList);
+        EXPECT_LT(nRead, std::ssize(view.events));
+    }
+    SetView(nullptr);
 }
 
 TEST_F(OptionsTest, WithoutAnInstallationTheListsStayAndAreRefreshedAllTheSame) {

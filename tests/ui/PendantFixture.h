@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -15,9 +16,9 @@
 #include "adapters/memory/ScriptedLinkLibrary.h"
 #include "database/FolderFiles.h"
 #include "database/adoModul.h"
-#include "frame/ProgramEnd.h"
 #include "frame/ProgramVariables.h"
 #include "frame/Settings.h"
+#include "langtools/ProgramEnd.h"
 #include "link/cVexonComm.h"
 #include "platform/Platform.h"
 #include "testing/ForwardingFiles.h"
@@ -48,6 +49,8 @@ class PendantFiles : public ForwardingFiles {
     // The drives that can't be read, in small letters.
     Texts badDrives{Text(kEmptyDrive)};
     Texts killed;
+    // Runs ahead of each deletion; may be empty.
+    std::function<void()> onKill;
 
     std::vector<Text> Dir(TextView sPath, std::uint16_t nAttributes) override {
         RequireReady(sPath);
@@ -59,6 +62,7 @@ class PendantFiles : public ForwardingFiles {
         return ForwardingFiles::GetAttr(sPath);
     }
     void Kill(TextView sPath) override {
+        if (onKill) onKill();
         killed.emplace_back(sPath);
         if (IsDatabase(sPath))
             m_databases.Kill(sPath);

@@ -129,6 +129,37 @@ TEST_F(RunSoftKeyActionTest, TheViewIsSavedAndThenTheDatabaseCompacted) {
     ExpectAtRest();
 }
 
+TEST_F(RunSoftKeyActionTest, WhatIsDoneIsShownWhileItIsDone) {
+    struct Row {
+        std::int16_t nOption, nKey;  // no option: the view
+        TextView sAtFirst;
+    };
+    Store("IO", "IN_9", "old");
+    for (const Row& row : {Row{0, 0, u"picRead"}, Row{0, 1, u"picWrite"}, Row{1, 5, u"picDelete"},
+                           Row{2, 5, u"picRead"}}) {
+        SCOPED_TRACE(std::to_string(row.nOption) + " " + std::to_string(row.nKey));
+        LoadPendant();
+        if (row.nOption != 0) PressStatus(row.nOption);
+        if (row.nOption == 1) User().Select(u"File1", 0);
+        if (row.nKey == 1) {
+            PressSoft(0);
+            User().Type(u"txtboxView", u"IN_9 new\r\n");
+        }
+        Text sInside;
+        AtStep(1, [&] { sInside = PictureOf(3); });
+        Text sAtKill;
+        files.onKill = [&] {
+            EXPECT_TRUE(Seen(u"ProgressBar2"));
+            sAtKill = PictureOf(3);
+        };
+        PressSoft(row.nKey);
+        files.onKill = nullptr;
+        EXPECT_EQ(sInside, row.sAtFirst);
+        EXPECT_EQ(sAtKill, row.nKey == 1 ? u"picCompact" : u"") << "where the old file goes";
+        UnloadForm(kStdBofFormClass);
+    }
+}
+
 TEST_F(RunSoftKeyActionTest, WithoutAnEditTheDatabaseIsCompactedAllTheSame) {
     Store("IO", "IN_1", "Gate");
     db.Execute(

@@ -90,6 +90,21 @@ TEST_F(StdBofFormTest, TheLoadLeavesTheLongTextDatabaseOpen) {
     EXPECT_NE(FindKeyId(u"IO", u"IN_1", g_Connection.get()), 0);
 }
 
+TEST_F(StdBofFormTest, TheLoadLooksForTheDatabaseAheadOfTheLink) {
+    db.RemoveFile();
+    library.bInstalled = false;
+    g_bPendantMode = true;
+    LoadForm(std::make_unique<StdBofForm>());
+    const auto placeOf = [this](TextView sStage) {
+        return std::ranges::find(view.stages, sStage) - view.stages.begin();
+    };
+    const auto nDatabase = placeOf(u"4.Text=no connect to database !!!");
+    const auto nLink = placeOf(u"2.Text=no connect to Vexon !!!");
+    EXPECT_LT(placeOf(u"bar=off"), nDatabase) << "behind the status bar's layout";
+    EXPECT_LT(nDatabase, nLink);
+    EXPECT_LT(nLink, std::ssize(view.stages));
+}
+
 TEST_F(StdBofFormTest, WithoutADatabaseOnlyTheExitIsLeft) {
     db.RemoveFile();
     LoadPendant();
@@ -848,6 +863,23 @@ TEST_F(StdBofFormTest, TheExitClearsUpAndEndsTheProgram) {
     EXPECT_TRUE(machine.desktop.boxes.empty());
 }
 
+TEST_F(StdBofFormTest, TheExitTakesTheKeysBackAheadOfTheLinksEnd) {
+    class KeyView : public WatchingView {
+      public:
+        int nTakenWithLink = 0;
+        void PropertyChanged(Form& form, Control* control, TextView sProperty) override {
+            WatchingView::PropertyChanged(form, control, sProperty);
+            if (sProperty == u"FKeys" && g_Comm().IsVexonConnected()) ++nTakenWithLink;
+        }
+    };
+    KeyView keyView;
+    LoadPendant();
+    SetView(&keyView);
+    EXPECT_TRUE(EndsProgram([] { PressHardware(119); }));
+    EXPECT_EQ(keyView.nTakenWithLink, 3);
+    SetView(&view);
+}
+
 TEST_F(StdBofFormTest, TheExitIsOpenInEveryState) {
     for (const int nOption : {0, 1, 2, 3}) {
         for (const bool bView : {false, true}) {
@@ -907,6 +939,46 @@ TEST_F(RunningActionTest, TheExitInASavedViewKeepsWhatIsStored) {
     EXPECT_TRUE(EndsProgram([] { PressHardware(114); }));
     EXPECT_EQ(Stored(), Rows{"IN_1|a"});
     EXPECT_EQ(files.killed, Texts{Text(TempDir) + u"\\*.src"}) << "no compaction";
+}
+
+TEST_F(RunningActionTest, AFormThatIsClosedInAnyActionEndsTheProgramWithoutClearingUp) {
+    struct Row {
+        int nSoftKey;
+        int nOption;  // 0 without one
+    };
+    for (const Row& row : {Row{5, 1}, Row{5, 2}, Row{5, 3}, Row{0, 0}, Row{1, 0}}) {
+        library.PutFile(u"TQX:\\R1\\Program\\a.src", kOldProgram);
+        const StdBofForm& form = LoadPendant();
+        if (row.nSoftKey == 1) PressSoft(0);
+        if (row.nSoftKey == 5) Choose(row.nOption);
+        if (row.nOption == 1) User().Select(u"File1", 0);
+        if (row.nOption == 3) PressStatus(4);
+        if (row.nSoftKey == 1) User().Type(u"txtboxView", u"IN_9 new\r\n");
+        bool bClosed = false;
+        AtStep(1, [&] {
+            bClosed = true;
+            Pendant().UserClose();
+        });
+        EXPECT_TRUE(EndsProgram([&] { PressSoft(row.nSoftKey); }))
+            << row.nSoftKey << " in " << row.nOption;
+        EXPECT_TRUE(bClosed);
+        EXPECT_EQ(FindForm(kStdBofFormClass), &form);
+        EXPECT_EQ(machine.files.OpenFiles(), 0);
+        EXPECT_TRUE(files.killed.empty());
+        EXPECT_TRUE(g_Comm().IsVexonConnected());
+        view.onPendingEvents = nullptr;
+        UnloadForm(kStdBofFormClass);
+    }
+}
+
+TEST_F(StdBofFormTest, AFormThatIsClosedAtRestGoes) {
+    LoadPendant().Show();
+    PressSoft(0);
+    Pendant().UserClose();
+    EXPECT_EQ(FindForm(kStdBofFormClass), nullptr);
+    EXPECT_FALSE(AnyFormVisible());
+    EXPECT_TRUE(files.killed.empty());
+    EXPECT_TRUE(g_Comm().IsVexonConnected());
 }
 
 }  // namespace

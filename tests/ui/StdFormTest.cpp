@@ -44,6 +44,16 @@ TEST_F(StdFormTest, LoadSetsTheBar) {
     EXPECT_EQ(bar.Value(), 1);
 }
 
+TEST_F(StdFormTest, LoadSetsTheBarWhateverItWas) {
+    StdForm form;
+    auto& bar = form.Get<ProgressBar>(u"ProgressBar");
+    bar.SetMax(50);
+    bar.SetValue(20);
+    form.Load();
+    EXPECT_EQ(bar.Max(), 100);
+    EXPECT_EQ(bar.Value(), 1);
+}
+
 TEST_F(StdFormTest, LoadCentresTheFormOnTheScreen) {
     machine.desktop.screen = {15265, 12250};
     const Form& form = LoadIt();

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "frame/ProgramEnd.h"
 #include "frame/entry/Main.h"
 #include "langtools/BasicText.h"
+#include "langtools/ProgramEnd.h"
 #include "langtools/RuntimeError.h"
 #include "platform/Platform.h"
 #include "ui/formlayer/FormLayer.h"

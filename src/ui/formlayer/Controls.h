@@ -13,6 +13,7 @@
 #include <optional>
 
 #include "langtools/Text.h"
+#include "ui/formlayer/HandlerAtWork.h"
 
 namespace nomira {
 
@@ -93,7 +94,9 @@ class Control {
     template <typename Handler, typename... Arguments>
     static void Fire(const Handler& handler, Arguments&&... arguments) {
         const Handler kept = handler;
-        if (kept) kept(arguments...);
+        if (!kept) return;
+        const HandlerAtWork work;
+        kept(arguments...);
     }
 
     // Gives a property its value, and tells the view if that is a new one.

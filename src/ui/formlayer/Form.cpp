@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "langtools/BasicText.h"
+#include "langtools/ProgramEnd.h"
 #include "ui/formlayer/FormLayer.h"
 
 namespace nomira {
@@ -29,6 +30,11 @@ void Form::Show() {
     if (m_bVisible) return;
     m_bVisible = true;
     if (View* view = TheView()) view->FormShown(*this);
+}
+
+void Form::UserClose() {
+    if (HandlerAtWork::Any()) EndProgram();
+    UnloadForm(m_sClass);
 }
 
 void Form::CallByName(TextView, std::span<const CallArgument>) {

@@ -61,6 +61,15 @@ class Form {
     bool IsLive() const { return m_bLive; }
     void SetLive(bool bLive) { m_bLive = bLive; }
 
+    // The user has closed the form's window. At rest this unloads the form, which is gone then.
+    // A handler at work, of whatever form, would go on with a form that is gone; inside one this
+    // ends the program, by ProgramEnd, and the form stays loaded until the handlers are left.
+    //
+    // A view calls this inside RunEventLoop and ProcessPendingEvents alone, as soon as the window
+    // is closed, and lets ProgramEnd out of there; what it hears of a window while it shows or
+    // paints one has to wait.
+    void UserClose();
+
     // Runs once, when the form enters the collection of loaded forms.
     virtual void Load() {}
 

@@ -16,7 +16,9 @@ namespace nomira {
 // Adds the form to the collection and runs its Load. Raises KeyAlreadyUsed if one of its class is
 // loaded already.
 Form& LoadForm(std::unique_ptr<Form> form);
-// Takes the form off the screen and out of the collection; nothing happens if it isn't loaded.
+// Takes the form off the screen and out of the collection; nothing happens if it isn't loaded. The
+// form is gone then, so that a handler of it does this as its last act alone (a window that the
+// user closes: Form::UserClose).
 void UnloadForm(TextView sClass);
 // nullptr if no form of this class is loaded.
 Form* FindForm(TextView sClass);

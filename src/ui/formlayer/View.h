@@ -18,7 +18,8 @@ class View {
     virtual void PropertyChanged(Form& form, Control* control, TextView sProperty) = 0;
     // What has changed must be on the screen when this returns.
     virtual void Refreshed(Control& control) = 0;
-    // Lets pending events of the user interface through. What a handler raises comes out of here.
+    // Lets pending events of the user interface through. What a handler raises comes out of here,
+    // and so does the end of the program, if the user closes a form meanwhile.
     virtual void ProcessPendingEvents() = 0;
     // Serves the user until no form is on the screen any more. What a handler raises ends it, and
     // comes out of here.

@@ -1,5 +1,5 @@
-// The end of the program from within a handler: the operator leaves, perhaps in the middle of a
-// pass.
+// The end of the program from within a handler: the operator leaves or closes the form, perhaps in
+// the middle of a pass.
 #pragma once
 
 namespace nomira {
