@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "conversion/KeyScheme.h"
 #include "langtools/ProgramState.h"
 
 namespace nomira {
@@ -29,15 +28,34 @@ int DigitsBehind(TextView sPrefix, TextView sWord) {
     return bDigits ? static_cast<int>(sNumber.size()) : 0;
 }
 
-enum class Fit { No, Yes, TooLong };
+// The class whose key in that kind of installation's text files the word is, but for the number of
+// its digits.
+struct Fit {
+    const SignalClass* pClass = nullptr;
+    bool bTooLong = false;
+};
 
-// Whether the word is some class's key in that kind of installation's text files.
 Fit FitOf(TextView sWord, bool bCustomer) {
     for (const SignalClass& signalClass : SignalClasses()) {
         const int nDigits = DigitsBehind(FilePrefix(signalClass, bCustomer), sWord);
-        if (nDigits > 0) return nDigits <= signalClass.nMaxDigits ? Fit::Yes : Fit::TooLong;
+        if (nDigits > 0) return {&signalClass, nDigits > signalClass.nMaxDigits};
     }
-    return Fit::No;
+    return {};
+}
+
+struct Reason {
+    PassedOver why;
+    const SignalClass* pClass;
+};
+
+Reason ReasonOf(TextView sFirstWord, bool bCustomer) {
+    if (sFirstWord.empty()) return {PassedOver::Blank, nullptr};
+    const Fit own = FitOf(sFirstWord, bCustomer);
+    if (own.bTooLong) return {PassedOver::TooManyDigits, own.pClass};
+    const Fit other = FitOf(sFirstWord, !bCustomer);
+    if (other.pClass && !other.bTooLong) return {PassedOver::OtherForm, other.pClass};
+    const SignalClass* pClass = ClassOfKey(sFirstWord);
+    return {pClass ? PassedOver::OtherForm : PassedOver::UnknownKey, pClass};
 }
 
 }  // namespace
@@ -61,11 +79,10 @@ PassObserver& ThePassObserver() {
     return g_observer ? *g_observer : nobody;
 }
 
-PassedOver ReasonPassedOver(TextView sFirstWord, bool bCustomer) {
-    if (sFirstWord.empty()) return PassedOver::Blank;
-    if (FitOf(sFirstWord, bCustomer) == Fit::TooLong) return PassedOver::TooManyDigits;
-    if (FitOf(sFirstWord, !bCustomer) == Fit::Yes) return PassedOver::OtherForm;
-    return ClassOfKey(sFirstWord) ? PassedOver::OtherForm : PassedOver::UnknownKey;
+PassedOver ReasonPassedOver(TextView sFirstWord, bool bCustomer, const SignalClass** ppClass) {
+    const Reason reason = ReasonOf(sFirstWord, bCustomer);
+    if (ppClass) *ppClass = reason.pClass;
+    return reason.why;
 }
 
 }  // namespace nomira

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "conversion/KeyScheme.h"
 #include "langtools/Text.h"
 
 namespace nomira {
@@ -40,7 +41,9 @@ void SetPassObserver(PassObserver* observer);
 PassObserver& ThePassObserver();
 
 // Why a line whose first word is no key was passed over; for the observer alone, it decides
-// nothing.
-PassedOver ReasonPassedOver(TextView sFirstWord, bool bCustomer);
+// nothing. `ppClass`, if given, takes the class whose key the word is meant to be, nullptr for a
+// blank line or an unknown key.
+PassedOver ReasonPassedOver(TextView sFirstWord, bool bCustomer,
+                            const SignalClass** ppClass = nullptr);
 
 }  // namespace nomira

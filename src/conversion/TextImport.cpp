@@ -1,11 +1,10 @@
 #include "conversion/TextImport.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
+#include "conversion/KeyForms.h"
 #include "conversion/KeyScheme.h"
 #include "conversion/PassObserver.h"
 #include "database/adoModul.h"
@@ -13,7 +12,6 @@
 #include "langtools/BasicText.h"
 #include "langtools/CParser.h"
 #include "langtools/CTools.h"
-#include "langtools/Matches.h"
 #include "langtools/ProgramState.h"
 #include "langtools/RuntimeError.h"
 #include "platform/Platform.h"
@@ -32,94 +30,6 @@ const OnProgramReset g_reset{[] {
     g_vSymbol.clear();
     g_vLongName.clear();
 }};
-
-// The prefixes of this installation, as GetKeyPrefixes fills them. The process parameter's stays
-// empty on a standard installation: there its key is the bare number.
-struct KeyPrefixes {
-    Text sIn, sOut, sAnIn, sAnOut, sBinIn, sBinOut;
-    Text sNotice, sCounter, sFlag, sTimer, sProcParam;
-    bool bCustomer = false;
-
-    KeyPrefixes() {
-        GetKeyPrefixes(sIn, sOut, sAnIn, sAnOut, sBinIn, sBinOut, sNotice, sCounter, sFlag, sTimer,
-                       sProcParam, &bCustomer);
-    }
-};
-
-struct ImportedClass {
-    TextView sStandardPrefix;
-    Text KeyPrefixes::*pPrefix;  // as the file has it
-    bool bReasonToWipe;
-};
-
-// The signals in the order in which a line's key is tested; the welding channels follow.
-constexpr std::array<ImportedClass, kPlainClassCount> kImportOrder{{
-    {u"IN_", &KeyPrefixes::sIn, true},
-    {u"OUT_", &KeyPrefixes::sOut, true},
-    {u"ANIN_", &KeyPrefixes::sAnIn, true},
-    {u"ANOUT_", &KeyPrefixes::sAnOut, true},
-    // The binary classes are wiped with the others, but never were asked for.
-    {u"BININ_", &KeyPrefixes::sBinIn, false},
-    {u"BINOUT_", &KeyPrefixes::sBinOut, false},
-    {u"ZTQXProcParam_", &KeyPrefixes::sProcParam, true},
-    {u"NoticeText", &KeyPrefixes::sNotice, true},
-    {u"CounterText", &KeyPrefixes::sCounter, true},
-    {u"FlagText", &KeyPrefixes::sFlag, true},
-    {u"TimerText", &KeyPrefixes::sTimer, true},
-}};
-
-const SignalClass& ClassOfPrefix(TextView sStandardPrefix) {
-    const auto& classes = SignalClasses();
-    return *std::find_if(classes.begin(), classes.end(),
-                         [sStandardPrefix](const auto& c) { return c.sPrefix == sStandardPrefix; });
-}
-
-// A form that a key can have in the file.
-struct KeyForm {
-    Text sPattern;  // covers the whole key
-    Text sPrefix;
-    const SignalClass* pClass;
-    bool bReasonToWipe;
-};
-
-// All forms that this installation knows, made once per pass, in the order of the tests.
-class KeyForms {
-  public:
-    KeyForms() {
-        for (const ImportedClass& imported : kImportOrder)
-            Add(m_prefixes.*imported.pPrefix, ClassOfPrefix(imported.sStandardPrefix),
-                imported.bReasonToWipe);
-        for (const SignalClass& signalClass : SignalClasses())
-            if (signalClass.bWelding) Add(Text(signalClass.sPrefix), signalClass, true);
-    }
-
-    bool IsCustomer() const { return m_prefixes.bCustomer; }
-
-    // nullptr if the word is no key.
-    const KeyForm* Find(TextView sWord) const {
-        const auto found = std::find_if(m_forms.begin(), m_forms.end(), [sWord](const auto& form) {
-            return Matches(sWord, form.sPattern);
-        });
-        return found == m_forms.end() ? nullptr : &*found;
-    }
-
-    // The key as the database has it. A welding channel's prefix is the same in both forms.
-    Text Stored(const KeyForm& form, const Text& sKey) const {
-        return IsCustomer() ? SwapKeyPrefix(sKey, form.sPrefix, form.pClass->sPrefix) : sKey;
-    }
-
-  private:
-    void Add(const Text& sPrefix, const SignalClass& signalClass, bool bReasonToWipe) {
-        Text sPattern = sPrefix;
-        for (int nDigits = 1; nDigits <= signalClass.nMaxDigits; ++nDigits) {
-            sPattern += u'#';
-            m_forms.push_back({sPattern, sPrefix, &signalClass, bReasonToWipe});
-        }
-    }
-
-    KeyPrefixes m_prefixes;
-    std::vector<KeyForm> m_forms;
-};
 
 // nullptr if the file can't be opened.
 std::unique_ptr<InputFile> OpenTextFile(TextView sFile) {
@@ -149,16 +59,12 @@ void TakeLongName(bool bWelding) {
 }
 
 void StoreLine(const KeyForms& forms, std::int64_t nLine) {
-    NormalizeUmlauts(g_sLine);
-    TakeSymbol();
-    const KeyForm* form = forms.Find(g_vSymbol);
+    const KeyForm* form = TakeTextLine(forms);
     if (!form) {
         ThePassObserver().LinePassedOver(nLine, g_sLine,
                                          ReasonPassedOver(g_vSymbol, forms.IsCustomer()));
         return;
     }
-    TakeLongName(form->pClass->bWelding);
-    g_vSymbol = forms.Stored(*form, g_vSymbol);
     const bool bStored = StoreLongText(g_vLongName, form->pClass->sModule, g_vSymbol);
     ThePassObserver().LineStored(nLine, g_vSymbol, form->pClass->sModule, g_vLongName, bStored);
 }
@@ -246,11 +152,25 @@ void ClearDbForTextFile(TextView sFile) {
     Wipe wipe;
     while (!file->AtEnd()) {
         file->ReadLine(g_sLine);
-        TakeSymbol();
-        if (const KeyForm* form = forms.Find(g_vSymbol)) wipe.ForKey(*form);
+        if (const KeyForm* form = TakeWipeKey(forms)) wipe.ForKey(*form);
     }
     CloseDatabase();
     NotifyDatabaseChanged();
+}
+
+const KeyForm* TakeTextLine(const KeyForms& forms) {
+    NormalizeUmlauts(g_sLine);
+    TakeSymbol();
+    const KeyForm* form = forms.Find(g_vSymbol);
+    if (!form) return nullptr;
+    TakeLongName(form->pClass->bWelding);
+    g_vSymbol = forms.Stored(*form, g_vSymbol);
+    return form;
+}
+
+const KeyForm* TakeWipeKey(const KeyForms& forms) {
+    TakeSymbol();
+    return forms.Find(g_vSymbol);
 }
 
 Text& NormalizeUmlauts(Text& sLine) {

@@ -13,6 +13,7 @@
 // and what the pass has done so far stays done.
 #pragma once
 
+#include "conversion/KeyForms.h"
 #include "langtools/Text.h"
 
 namespace nomira {
@@ -33,6 +34,16 @@ void TextIntoDb(TextView sFile);
 // The keys of binary signals are no reason to wipe, though binary signals are wiped with the
 // others. Tabs are not yet blanks here, so that a key with a tab behind it is no reason either.
 void ClearDbForTextFile(TextView sFile);
+
+// What the import makes of the line in g_sLine, without a database: spells out its umlauts and
+// tabs, leaves the key in standard form in g_vSymbol and the text as it is stored in g_vLongName,
+// and gives the key's form. A line that is passed over gives nullptr; g_vSymbol is its first word
+// then, and g_vLongName stays. Raises Overflow as TextIntoDb does.
+const KeyForm* TakeTextLine(const KeyForms& forms);
+
+// What the wipe sees of the line in g_sLine, which it leaves as it is: its first word goes to
+// g_vSymbol; nullptr if that is no key. Raises Overflow for more than 32,767 words.
+const KeyForm* TakeWipeKey(const KeyForms& forms);
 
 // Writes umlauts as two letters and tabs as four blanks, in place; returns the same text. The long
 // names go into comments of robot programs, where the controller refuses those letters. Raises

@@ -18,10 +18,6 @@ Text g_sTextFilePath;
 
 namespace {
 
-constexpr TextView kLongnameKey = u"Software\\Nomira Program Settings\\Longname";
-constexpr TextView kVersionKey = u"Software\\Orvo\\Version";
-constexpr TextView kAsciiOptionKey = u"Software\\Orvo\\Options\\ASCII";
-
 const OnProgramReset g_reset{[] {
     for (Text* psSetting : {&g_sTextFileExt, &g_sTextFileName, &g_sTextFilePath})
         psSetting->clear();
@@ -78,9 +74,9 @@ bool IsBlank(TextView sValue) {
     return Trim(sValue).empty();
 }
 
-Text ReadOrDefault(RegistryRoot root, TextView sKey, TextView sValueName, TextView sDefault) {
+Text ReadOrDefault(const Setting& setting, TextView sDefault) {
     Text sValue;
-    ReadRegistryString(root, sKey, sValueName, sValue);
+    ReadRegistryString(setting, sValue);
     return IsBlank(sValue) ? Text(sDefault) : sValue;
 }
 
@@ -93,8 +89,12 @@ Text ReadRegistryString(RegistryRoot root, TextView sKey, TextView sValueName, T
     return sResult;
 }
 
+Text ReadRegistryString(const Setting& setting, Text& sResult) {
+    return ReadRegistryString(setting.root, setting.sKey, setting.sValue, sResult);
+}
+
 Text GetCustomer() {
-    return ReadOrDefault(RegistryRoot::LocalMachine, kVersionKey, u"Customer", u"");
+    return ReadOrDefault(kCustomerSetting, u"");
 }
 
 bool IsCustomerVw() {
@@ -102,7 +102,7 @@ bool IsCustomerVw() {
 }
 
 bool IsAsciiOptionInstalled() {
-    return !ReadOrDefault(RegistryRoot::LocalMachine, kAsciiOptionKey, u"Name", u"").empty();
+    return !ReadOrDefault(kAsciiOptionSetting, u"").empty();
 }
 
 TextView DefaultTextFilePath() {
@@ -111,12 +111,9 @@ TextView DefaultTextFilePath() {
 }
 
 void ReadTextFileSettings() {
-    const auto read = [](TextView sValueName, TextView sDefault) {
-        return ReadOrDefault(RegistryRoot::CurrentUser, kLongnameKey, sValueName, sDefault);
-    };
-    g_sTextFileExt = read(u"TextFileExtention", u"*.txt");  // the name that is stored, misspelt
-    g_sTextFileName = read(u"TextFileName", u"SymName");
-    g_sTextFilePath = read(u"TextFilePath", u"");
+    g_sTextFileExt = ReadOrDefault(kTextFileExtSetting, u"*.txt");
+    g_sTextFileName = ReadOrDefault(kTextFileNameSetting, u"SymName");
+    g_sTextFilePath = ReadOrDefault(kTextFilePathSetting, u"");
     // Asked only now: the customer and the option are not read where a path is given.
     if (g_sTextFilePath.empty()) g_sTextFilePath = DefaultTextFilePath();
 }

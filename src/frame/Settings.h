@@ -13,6 +13,33 @@ namespace nomira {
 // Compared exactly.
 inline constexpr TextView kCustomerVw = u"VW";
 
+// A value of the registry that the program reads.
+struct Setting {
+    RegistryRoot root;
+    TextView sKey;
+    TextView sValue;
+};
+inline constexpr TextView kLongnameKey = u"Software\\Nomira Program Settings\\Longname";
+inline constexpr TextView kVersionKey = u"Software\\Orvo\\Version";
+// The name of the first value is what is stored, misspelt.
+inline constexpr Setting kTextFileExtSetting{RegistryRoot::CurrentUser, kLongnameKey,
+                                             u"TextFileExtention"};
+inline constexpr Setting kTextFileNameSetting{RegistryRoot::CurrentUser, kLongnameKey,
+                                              u"TextFileName"};
+inline constexpr Setting kTextFilePathSetting{RegistryRoot::CurrentUser, kLongnameKey,
+                                              u"TextFilePath"};
+inline constexpr Setting kAsciiOptionSetting{RegistryRoot::LocalMachine,
+                                             u"Software\\Orvo\\Options\\ASCII", u"Name"};
+inline constexpr Setting kCustomerSetting{RegistryRoot::LocalMachine, kVersionKey, u"Customer"};
+inline constexpr Setting kInstallDirSetting{RegistryRoot::LocalMachine, kVersionKey,
+                                            u"InstallationDir"};
+inline constexpr Setting kLanguageSetting{RegistryRoot::CurrentUser, u"Software\\Orvo\\Database",
+                                          u"Language"};
+// All of them, in the order of their first use.
+inline constexpr Setting kSettings[]{
+    kTextFileExtSetting, kTextFileNameSetting, kTextFilePathSetting, kAsciiOptionSetting,
+    kCustomerSetting,    kInstallDirSetting,   kLanguageSetting};
+
 // File pattern of the text file, such as u"*.txt"; its last four characters are the extension of
 // the default file name.
 extern Text g_sTextFileExt;
@@ -25,6 +52,7 @@ extern Text g_sTextFilePath;
 // Clears sResult on entry and leaves the text there too. Empty if the key or value is missing.
 // Raises Overflow for a value of more than 32,769 bytes, for the bytes are counted with 16 bits.
 Text ReadRegistryString(RegistryRoot root, TextView sKey, TextView sValueName, Text& sResult);
+Text ReadRegistryString(const Setting& setting, Text& sResult);
 
 // The customer's name, or the empty text if it is blank. Reads the registry at each call.
 Text GetCustomer();

@@ -5,6 +5,9 @@
 
 namespace nomira {
 
+// The signs that don't stand for themselves in a pattern.
+inline constexpr TextView kPatternSigns = u"*?#[";
+
 // Whether the pattern covers the whole text. `*` is any run of characters, also none, `?` one
 // character, `#` one digit (0 to 9), `[...]` one character out of a set, `[!...]` one character
 // outside of it; every other character, a `]` outside a set too, stands for itself. Comparison is

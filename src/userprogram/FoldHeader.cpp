@@ -11,6 +11,7 @@
 #include "langtools/ProgramState.h"
 #include "langtools/RuntimeError.h"
 #include "platform/Platform.h"
+#include "userprogram/FoldObserver.h"
 
 namespace nomira {
 
@@ -28,6 +29,7 @@ struct FoldForm {
     using Routine = void (*)(const FoldForm&);
     TextView sPattern;  // on the line, trimmed and in upper case
     Routine work;
+    FoldKind kind = FoldKind::Simple;
     TextView sKeyword = {};         // simple: the word ahead of the number; analogue: the search
     TextView sKeyPrefix = {};       // simple forms
     bool bSymbolOnly = false;       // simple: "12: symName" is a form too
@@ -68,28 +70,31 @@ constexpr std::array kForms{
              .sKeyPrefix = u"OUT_",
              .bSymbolOnly = true,
              .bAtPoint = true},
-    FoldForm{.sPattern = u";FOLD WAIT FOR (*", .work = RewriteWait},
-    FoldForm{u";FOLD PULSE*", RewriteSimple, u"PULSE", u"OUT_"},
-    FoldForm{u";FOLD SYN OUT*", RewriteSimple, u"OUT", u"OUT_"},
-    FoldForm{u";FOLD SYN PULSE*", RewriteSimple, u"PULSE", u"OUT_"},
+    FoldForm{.sPattern = u";FOLD WAIT FOR (*", .work = RewriteWait, .kind = FoldKind::Wait},
+    FoldForm{u";FOLD PULSE*", RewriteSimple, FoldKind::Simple, u"PULSE", u"OUT_"},
+    FoldForm{u";FOLD SYN OUT*", RewriteSimple, FoldKind::Simple, u"OUT", u"OUT_"},
+    FoldForm{u";FOLD SYN PULSE*", RewriteSimple, FoldKind::Simple, u"PULSE", u"OUT_"},
     FoldForm{.sPattern = u";FOLD WAIT FOR IN*",
              .work = RewriteSimple,
              .sKeyword = u"IN",
              .sKeyPrefix = u"IN_",
              .bSymbolOnly = true},
-    FoldForm{u";FOLD WAIT FOR OUT*", RewriteSimple, u"OUT", u"OUT_"},
+    FoldForm{u";FOLD WAIT FOR OUT*", RewriteSimple, FoldKind::Simple, u"OUT", u"OUT_"},
     FoldForm{.sPattern = u";FOLD ANOUT ON *=*;*%VANOUT_DYN*:CHANNEL_*",
              .work = RewriteAnalogue,
+             .kind = FoldKind::Analogue,
              .sKeyword = u"ANOUT ON",
              .nAddedLength = 8,
              .sEndMark = u"="},
     FoldForm{.sPattern = u";FOLD ANOUT OFF *;*%VANOUT_DYN*:CHANNEL_*",
              .work = RewriteAnalogue,
+             .kind = FoldKind::Analogue,
              .sKeyword = u"ANOUT OFF ",
              .nAddedLength = 9,
              .sEndMark = u";"},
     FoldForm{.sPattern = u";FOLD ANOUT *=*;*%VANOUT_STAT*:CHANNEL_*",
              .work = RewriteAnalogue,
+             .kind = FoldKind::Analogue,
              .sKeyword = u"ANOUT ",
              .nAddedLength = 5,
              .sEndMark = u"="},
@@ -124,6 +129,7 @@ void RewriteQuoted(TextView sModule, TextView sKeyPrefix, std::int16_t nStart, s
 // "12: symName": there is no name in the line yet. g_vLongName is not read, so that the comparison
 // sees the name of an earlier line; and the new name takes the place of the colon.
 void RewriteSymbolOnly(TextView sKeyPrefix, std::int16_t nStart, std::int16_t nStop) {
+    TheFoldObserver().SymbolOnlyFound();
     const std::int16_t nQuote = ToInt16(InStr(g_vSymbol, u":"));
     g_Parser().Parse(g_vSymbol, u":");
     const TextView sNumber = Trim(g_Parser().Token(1));
@@ -186,6 +192,26 @@ void RewriteAnalogue(const FoldForm& form) {
     ReplaceAnoutName(u"IO", u"ANOUT_" + sChannel, Text(g_vSymbol));
 }
 
+// The old name and the key are patterns here: a sign such as "*" in an old name is a wildcard.
+bool IsCurrent(const FoldName& name, TextView sText) {
+    return Matches(sText, name.sOldName) || Matches(sText, name.sKey);
+}
+
+NameOutcome DecideAnoutName(const FoldName& name, Text& sText) {
+    if (!ReadLongText(sText, name.sModule, name.sKey)) return NameOutcome::NoDatabase;
+    if (!g_Tools().IsValidTQLComment(sText)) return NameOutcome::Refused;
+    if (IsCurrent(name, sText)) return NameOutcome::Current;
+    return sText.empty() ? NameOutcome::NoText : NameOutcome::Written;
+}
+
+NameOutcome DecideQuotedName(const FoldName& name, Text& sText) {
+    if (!ReadLongText(sText, name.sModule, name.sKey) &&
+        !ReadLongText(sText, kFallbackModule, name.sKey))
+        return NameOutcome::NoDatabase;
+    if (!g_Tools().IsValidTQLComment(sText)) return NameOutcome::Refused;
+    return IsCurrent(name, sText) ? NameOutcome::Current : NameOutcome::Written;
+}
+
 void ReportInvalidSign(TextView sKey, TextView sText) {
     Text sMessage = u"Invalid sign in database: \r\n";
     sMessage.append(sKey).append(u"  ").append(sText);
@@ -200,7 +226,9 @@ void RewriteFoldLine() {
     const Text sUpper = UCase(sTrimmed);
     if (!Matches(sUpper, u";FOLD *")) return;
     for (const FoldForm& form : kForms) {
-        if (Matches(sUpper, form.sPattern)) return form.work(form);
+        if (!Matches(sUpper, form.sPattern)) continue;
+        TheFoldObserver().HeaderFound(form.kind);
+        return form.work(form);
     }
 }
 
@@ -225,26 +253,33 @@ Text ReadAnoutChannel(TextView sTag, std::int16_t nFrom) {
 }
 
 void ReplaceAnoutName(TextView sModule, TextView sKey, TextView sSymbol) {
+    const std::size_t nFound = sSymbol.empty() ? Text::npos : g_sLine.find(sSymbol);
+    const bool bFound = nFound != Text::npos;
+    const FoldName name{sModule, sKey, sSymbol, bFound ? static_cast<std::int32_t>(nFound) + 1 : 0};
+    TheFoldObserver().NameFound(name);
     Text sText;
-    if (!ReadLongText(sText, sModule, sKey)) return;
-    if (!g_Tools().IsValidTQLComment(sText)) return;
-    if (Matches(sText, sSymbol) || Matches(sText, sKey) || sText.empty()) return;
-    g_bLineChanged = true;
-    const std::size_t nFound = g_sLine.find(sSymbol);
-    if (nFound != Text::npos && !sSymbol.empty()) g_sLine.replace(nFound, sSymbol.size(), sText);
+    const NameOutcome outcome = DecideAnoutName(name, sText);
+    if (outcome == NameOutcome::Written) {
+        g_bLineChanged = true;
+        if (bFound) g_sLine.replace(nFound, sSymbol.size(), sText);
+    }
+    TheFoldObserver().NameDecided(name, sText, outcome);
 }
 
 void ReplaceQuotedName(TextView sModule, TextView sKey, std::int16_t nStart, std::int16_t nStop,
                        std::int16_t nQuote) {
+    const FoldName name{sModule, sKey, g_vLongName, nStart + nQuote};
+    TheFoldObserver().NameFound(name);
     Text sText;
-    if (!ReadLongText(sText, sModule, sKey) && !ReadLongText(sText, kFallbackModule, sKey)) return;
-    if (!g_Tools().IsValidTQLComment(sText)) return ReportInvalidSign(sKey, sText);
-    // The old name and the key are patterns here: a sign such as "*" in an old name is a wildcard.
-    if (Matches(sText, g_vLongName) || Matches(sText, sKey)) return;
-    g_bLineChanged = true;
-    Text sNew(Left(g_sLine, nStart + nQuote - 1));
-    sNew.append(u"'").append(sText).append(u"'").append(Mid(g_sLine, nStop));
-    g_sLine = sNew;
+    const NameOutcome outcome = DecideQuotedName(name, sText);
+    if (outcome == NameOutcome::Refused) ReportInvalidSign(sKey, sText);
+    if (outcome == NameOutcome::Written) {
+        g_bLineChanged = true;
+        Text sNew(Left(g_sLine, nStart + nQuote - 1));
+        sNew.append(u"'").append(sText).append(u"'").append(Mid(g_sLine, nStop));
+        g_sLine = sNew;
+    }
+    TheFoldObserver().NameDecided(name, sText, outcome);
 }
 
 }  // namespace nomira

@@ -110,10 +110,10 @@ TEST_F(NomiractlControllerTest, ListsFilesAndDirectories) {
 
 TEST_F(NomiractlControllerTest, ADirectoryThatIsNotThereIsNoEmptyOne) {
     const Outcome listed = Run({"ls", "None"});
-    EXPECT_EQ(listed.exit, ExitCode::Refused);
+    EXPECT_EQ(listed.exit, ExitCode::Controller);
     EXPECT_EQ(listed.out, "");
     EXPECT_TRUE(Contains(listed.err, "the controller has no such directory")) << listed.err;
-    EXPECT_EQ(Run({"ls", ".."}).exit, ExitCode::Refused);
+    EXPECT_EQ(Run({"ls", ".."}).exit, ExitCode::Controller);
 }
 
 // ---- Fetch and send ----
@@ -135,7 +135,7 @@ TEST_F(NomiractlControllerTest, FetchWritesOverAFileOnlyWhenForced) {
     const std::string sFolder = Folder("here");
     m_run.Write("here/a.src", "mine");
     const Outcome fetched = Run({"fetch", "a.src", "b.src", "--to", sFolder});
-    EXPECT_EQ(fetched.exit, ExitCode::Refused);
+    EXPECT_EQ(fetched.exit, ExitCode::Files);
     EXPECT_TRUE(Contains(fetched.err, "a.src exists already; --force")) << fetched.err;
     EXPECT_EQ(CommandRun::Bytes(sFolder + "/a.src"), "mine");
     EXPECT_EQ(CommandRun::Bytes(sFolder + "/b.src"), "b");
@@ -147,7 +147,7 @@ TEST_F(NomiractlControllerTest, ALinkThatLeadsNowhereIsAFileToo) {
     Put("a.src", "new");
     const std::string sFolder = Folder("here");
     fs::create_symlink(m_run.Root() / "target.src", sFolder + "/a.src");
-    EXPECT_EQ(Run({"fetch", "a.src", "--to", sFolder}).exit, ExitCode::Refused);
+    EXPECT_EQ(Run({"fetch", "a.src", "--to", sFolder}).exit, ExitCode::Files);
     EXPECT_FALSE(fs::exists(m_run.Root() / "target.src"));
 }
 
@@ -158,7 +158,7 @@ TEST_F(NomiractlControllerTest, WhatCannotBeFetchedIsCountedAndTheOthersGoOn) {
     const std::string sFolder = Folder("here");
     const Outcome fetched =
         Run({"fetch", "none.src", "../x.src", "b.src", "a.src", "--to", sFolder, "--json"});
-    EXPECT_EQ(fetched.exit, ExitCode::Refused);
+    EXPECT_EQ(fetched.exit, ExitCode::Controller);
     EXPECT_EQ(fetched.Json()["failed"], 3);
     EXPECT_EQ(fetched.Json()["results"].size(), 4U);
     EXPECT_TRUE(Contains(fetched.err,
@@ -170,7 +170,7 @@ TEST_F(NomiractlControllerTest, WhatCannotBeFetchedIsCountedAndTheOthersGoOn) {
     EXPECT_EQ(CommandRun::Bytes(sFolder + "/a.src"), "a");
     EXPECT_FALSE(fs::exists(sFolder + "/b.src"));
     const Outcome nowhere = Run({"fetch", "a.src", "--to", sFolder + "/none"});
-    EXPECT_EQ(nowhere.exit, ExitCode::Refused);
+    EXPECT_EQ(nowhere.exit, ExitCode::Files);
     EXPECT_TRUE(Contains(nowhere.err, "mkdir -p")) << nowhere.err;
 }
 
@@ -195,14 +195,14 @@ TEST_F(NomiractlControllerTest, SendsToAGivenPlace) {
     EXPECT_EQ(Bytes("Program/b.src"), "b");
     EXPECT_EQ(Run({"send", sA, sB, "--to", "TQX:\\R1\\d.src"}).exit, ExitCode::WrongUsage);
     EXPECT_EQ(Run({"send", sA, "--to", "R1\\d.src"}).exit, ExitCode::WrongUsage);
-    EXPECT_EQ(Run({"send", sA, "--to", "TQX:\\R1\\None\\d.src"}).exit, ExitCode::Refused);
+    EXPECT_EQ(Run({"send", sA, "--to", "TQX:\\R1\\None\\d.src"}).exit, ExitCode::Controller);
 }
 
 TEST_F(NomiractlControllerTest, WhatCannotBeSentIsToldAndTheOthersGoOn) {
     Fault({{"on", "CopyFile"}, {"match", "*a.src*"}, {"fail", "write protected"}});
     const std::string sA = m_run.Write("a.src", "a"), sB = m_run.Write("b.src", "b");
     const Outcome sent = Run({"send", sA, (m_run.Root() / "none.src").string(), sB});
-    EXPECT_EQ(sent.exit, ExitCode::Refused);
+    EXPECT_EQ(sent.exit, ExitCode::Controller);
     EXPECT_TRUE(Contains(sent.err, sA + ": can't be sent: Error: ")) << sent.err;
     EXPECT_TRUE(Contains(sent.err, "bstrCause=write protected")) << sent.err;
     EXPECT_TRUE(Contains(sent.err, "none.src: No such file")) << sent.err;
@@ -215,7 +215,7 @@ TEST_F(NomiractlControllerTest, WhatCannotBeSentIsToldAndTheOthersGoOn) {
 TEST_F(NomiractlControllerTest, ReadsAndWritesVariables) {
     SetVariable("$OV_PRO", "100");
     const Outcome worked = Run({"vars", "$ov_pro", "$OV_PRO=30", "$OV_PRO", "$NONE", "$NONE=1"});
-    EXPECT_EQ(worked.exit, ExitCode::Refused);
+    EXPECT_EQ(worked.exit, ExitCode::Controller);
     EXPECT_EQ(worked.out, "$ov_pro=100\n$OV_PRO=30\n$OV_PRO=30\n");
     EXPECT_TRUE(Contains(worked.err, "nomiractl: $NONE: can't be read: ")) << worked.err;
     EXPECT_TRUE(Contains(worked.err, "nomiractl: $NONE=1: can't be written: ")) << worked.err;
@@ -252,7 +252,7 @@ TEST_F(NomiractlControllerTest, WithoutAControllerEachCommandSaysSoOnce) {
          {Strings{"ls"}, Strings{"fetch", "a.src"}, Strings{"send", sFile}, Strings{"vars", "$X"},
           Strings{"sizes"}, Strings{"rewrite", "--all"}, Strings{"rewrite", "a.src"}}) {
         const Outcome refused = Run(args);
-        EXPECT_EQ(refused.exit, ExitCode::Refused) << args[0];
+        EXPECT_EQ(refused.exit, ExitCode::Controller) << args[0];
         EXPECT_EQ(refused.out, "") << args[0];
         EXPECT_EQ(refused.err, "nomiractl: no controller answers on " +
                                    (m_run.Prefix() / "run/vexon3.sock").string() +
@@ -329,7 +329,7 @@ TEST_F(NomiractlControllerRewriteTest, AControllerWithoutEndIsRefused) {
         answer["result"]["names"].push_back("d" + std::to_string(n));
     Fault({{"on", "ListDirectory"}, {"nonsense", answer.dump()}});
     const Outcome refused = Rewrite({"--all"});
-    EXPECT_EQ(refused.exit, ExitCode::Refused);
+    EXPECT_EQ(refused.exit, ExitCode::Controller);
     EXPECT_TRUE(Contains(refused.err, "more than 10000 directories")) << refused.err;
     EXPECT_EQ(Bytes("a.src"), kOld);
 }
@@ -341,7 +341,7 @@ TEST_F(NomiractlControllerRewriteTest, DryRunDiffAndCheckSendNothing) {
     const Outcome shown = Rewrite({"--dry-run", "--diff", "--all"});
     EXPECT_TRUE(Contains(shown.out, "--- a/a.src\n+++ b/a.src\n")) << shown.out;
     EXPECT_TRUE(Contains(shown.out, "+;FOLD OUT 7 'Pump' State=TRUE")) << shown.out;
-    EXPECT_EQ(Rewrite({"--check", "a.src"}).exit, ExitCode::Refused);
+    EXPECT_EQ(Rewrite({"--check", "a.src"}).exit, ExitCode::Differs);
     EXPECT_EQ(SentTo(), Strings{});
     EXPECT_EQ(Bytes("a.src"), kOld);
     EXPECT_EQ(Rewrite({"a.src"}).exit, ExitCode::Done);
@@ -364,7 +364,7 @@ TEST_F(NomiractlControllerRewriteTest, ACopyThatFailsIsToldAndTheOthersGoOn) {
     Fault({{"on", "CopyFile"}, {"match", "TQX:*a.src*"}, {"fail", "can't read"}});
     Fault({{"on", "CopyFile"}, {"match", "*, TQX:*b.src*"}, {"fail", "can't write"}});
     const Outcome done = Rewrite({"--all"});
-    EXPECT_EQ(done.exit, ExitCode::Refused);
+    EXPECT_EQ(done.exit, ExitCode::Controller);
     EXPECT_TRUE(Contains(done.err, "nomiractl: a.src: can't be fetched")) << done.err;
     EXPECT_TRUE(Contains(done.err, "bstrCause=can't read ")) << done.err;
     EXPECT_TRUE(Contains(done.err, "nomiractl: b.src: can't be sent")) << done.err;
@@ -382,7 +382,7 @@ TEST_F(NomiractlControllerRewriteTest, AConnectionThatBreaksCostsOneProgram) {
     Fault({{"on", "CopyFile"}, {"match", "TQX:*b.src*"}, {"drop", "midway"}});
     Fault({{"on", "ResolvePath"}, {"match", "*c.src*"}, {"nonsense", "%&$"}});
     const Outcome done = Rewrite({"--all"});
-    EXPECT_EQ(done.exit, ExitCode::Refused);
+    EXPECT_EQ(done.exit, ExitCode::Controller);
     EXPECT_EQ(done.out, "4 programs, 1 changed (1 lines), 3 with errors\n") << done.err;
     EXPECT_TRUE(Contains(done.err, "bstrDBMessage=LinkLost")) << done.err;
     EXPECT_TRUE(Contains(done.err, "bstrDBMessage=BadAnswer")) << done.err;
@@ -402,7 +402,7 @@ TEST_F(NomiractlControllerRewriteTest, AControllerThatDiesBeforeTheProgramIsBack
     });
     const Outcome done = Rewrite({"a.src", "b.src"});
     death.join();
-    EXPECT_EQ(done.exit, ExitCode::Refused);
+    EXPECT_EQ(done.exit, ExitCode::Controller);
     EXPECT_TRUE(Contains(done.err, "nomiractl: a.src: can't be sent: ")) << done.err;
     EXPECT_TRUE(Contains(done.err, "nomiractl: b.src: no controller answers on ")) << done.err;
     EXPECT_EQ(done.out, "2 programs, 0 changed (0 lines), 2 with errors\n");
@@ -430,7 +430,7 @@ TEST_F(NomiractlControllerRewriteTest, WithoutADatabaseNoProgramLosesItsNames) {
     Put("a.src", kOld);
     fs::remove(m_run.Database());
     const Outcome done = Rewrite({"--all"});
-    EXPECT_EQ(done.exit, ExitCode::Refused);
+    EXPECT_EQ(done.exit, ExitCode::Database);
     EXPECT_TRUE(Contains(done.err, "nomiractl db create")) << done.err;
     EXPECT_EQ(Bytes("a.src"), kOld);
 }
@@ -439,7 +439,7 @@ TEST_F(NomiractlControllerRewriteTest, WithoutAPlaceForTemporaryFilesNothingIsFe
     Put("a.src", kOld);
     ::setenv("TMPDIR", (m_run.Root() / "none").c_str(), 1);
     const Outcome done = Rewrite({"a.src"});
-    EXPECT_EQ(done.exit, ExitCode::Refused);
+    EXPECT_EQ(done.exit, ExitCode::Files);
     EXPECT_TRUE(Contains(done.err, "TMPDIR")) << done.err;
     EXPECT_EQ(Bytes("a.src"), kOld);
 }

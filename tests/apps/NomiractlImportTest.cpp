@@ -186,7 +186,7 @@ TEST_F(NomiractlImportTest, AWipeThatTheDatabaseRefusesFailsTheWholeImport) {
     ASSERT_EQ(Import("IN_1 old\r\n").exit, ExitCode::Done);
     Execute("CREATE TRIGGER t BEFORE DELETE ON Items BEGIN SELECT RAISE(ABORT,'no wipe'); END");
     const Outcome imported = Import("IN_2 new\r\n", {"--overwrite"});
-    EXPECT_EQ(imported.exit, ExitCode::Refused);
+    EXPECT_EQ(imported.exit, ExitCode::Database);
     EXPECT_TRUE(Contains(imported.err, "no wipe")) << imported.err;
     EXPECT_EQ(m_run.Texts(), Strings{"IO IN_1 old"});
 }
@@ -246,7 +246,7 @@ TEST_F(NomiractlImportTest, TellsTheDatabaseProcessOnceAndOnlyWhenAllIsInTheFile
 TEST_F(NomiractlImportTest, RefusesFilesThatCannotBeRead) {
     const auto refused = [&](const fs::path& file, const std::string& sWords) {
         const Outcome imported = m_run.Run({"import", file.string()});
-        EXPECT_EQ(imported.exit, ExitCode::Refused);
+        EXPECT_EQ(imported.exit, ExitCode::Files);
         EXPECT_TRUE(Contains(imported.err, sWords)) << imported.err;
     };
     refused(m_run.Root() / "none.txt", "none.txt: no such file");
@@ -260,7 +260,7 @@ TEST_F(NomiractlImportTest, RefusesFilesThatCannotBeRead) {
 TEST_F(NomiractlImportTest, RefusesAReadOnlyDatabase) {
     ::chmod(m_run.Database().c_str(), 0444);
     const Outcome imported = Import("IN_1 x\r\n");
-    EXPECT_EQ(imported.exit, ExitCode::Refused);
+    EXPECT_EQ(imported.exit, ExitCode::Database);
     EXPECT_TRUE(Contains(imported.err, "chmod u+w " + m_run.Database().string())) << imported.err;
 }
 

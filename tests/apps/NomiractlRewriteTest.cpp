@@ -73,7 +73,7 @@ TEST_F(NomiractlRewriteTest, AProgramThatHasItsNamesIsNotWritten) {
 TEST_F(NomiractlRewriteTest, DryRunAndCheckChangeNothing) {
     const std::string sFile = m_run.Write("a.src", kProgram);
     EXPECT_EQ(Rewrite({"--dry-run", sFile}).exit, ExitCode::Done);
-    EXPECT_EQ(Rewrite({"--check", sFile}).exit, ExitCode::Refused);
+    EXPECT_EQ(Rewrite({"--check", sFile}).exit, ExitCode::Differs);
     EXPECT_EQ(CommandRun::Bytes(sFile), kProgram);
     EXPECT_EQ(Rewrite({"--check", m_run.Write("b.src", kRewritten)}).exit, ExitCode::Done);
 }
@@ -90,7 +90,7 @@ TEST_F(NomiractlRewriteTest, ADatabaseThatBreaksInTheMiddleEmptiesNoName) {
     });
     const Outcome done = Rewrite({"--dry-run", "--diff", sPipe, sFile});
     breaker.join();
-    EXPECT_EQ(done.exit, ExitCode::Refused);
+    EXPECT_EQ(done.exit, ExitCode::Database);
     EXPECT_EQ(done.out, "");
     EXPECT_TRUE(Contains(done.err, "z.src: ")) << done.err;
     EXPECT_TRUE(Contains(done.err, "no such table")) << done.err;
@@ -163,7 +163,7 @@ TEST_F(NomiractlRewriteTest, WithoutADatabaseNoProgramLosesItsNames) {
     const std::string sFile = m_run.Write("a.src", kProgram);
     fs::remove(m_run.Database());
     const Outcome done = Rewrite({sFile});
-    EXPECT_EQ(done.exit, ExitCode::Refused);
+    EXPECT_EQ(done.exit, ExitCode::Database);
     EXPECT_TRUE(Contains(done.err, "nomiractl db create")) << done.err;
     EXPECT_EQ(CommandRun::Bytes(sFile), kProgram);
 }

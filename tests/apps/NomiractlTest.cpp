@@ -17,12 +17,17 @@ bool Contains(const std::string& sText, const std::string& sPart) {
     return sText.find(sPart) != std::string::npos;
 }
 
-// A refusal changes nothing, says why on the error stream alone, and exits with 1.
-void ExpectRefused(const Outcome& outcome, const std::string& sWords) {
-    EXPECT_EQ(outcome.exit, ExitCode::Refused);
+// A refusal changes nothing, and says why on the error stream alone.
+void ExpectRefused(const Outcome& outcome, const std::string& sWords,
+                   ExitCode exit = ExitCode::Files) {
+    EXPECT_EQ(outcome.exit, exit);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err.rfind("nomiractl: ", 0), 0U) << outcome.err;
     EXPECT_TRUE(Contains(outcome.err, sWords)) << outcome.err;
+}
+
+void ExpectNoDatabase(const Outcome& outcome, const std::string& sWords) {
+    ExpectRefused(outcome, sWords, ExitCode::Database);
 }
 
 // ---- The command line ----
@@ -31,8 +36,10 @@ TEST(NomiractlTest, HelpNamesCommandsAndExitCodes) {
     const Outcome help = CommandRun::RunAlone({"--help"});
     EXPECT_EQ(help.exit, ExitCode::Done);
     EXPECT_EQ(help.err, "");
-    for (const char* sPart : {"import", "export", "db", "--prefix", "--customer", "Exit status",
-                              "0  done", "1  something was refused", "2  wrong usage"})
+    for (const char* sPart :
+         {"import", "export", "db", "--prefix", "--customer", "Exit status", "0    done",
+          "1    differences", "2    wrong usage", "3    the input", "4    a file",
+          "5    the database", "6    the controller", "130  interrupted"})
         EXPECT_TRUE(Contains(help.out, sPart)) << sPart;
 }
 
@@ -106,43 +113,43 @@ INSTANTIATE_TEST_SUITE_P(Commands, WrongDatabaseTest,
 
 TEST_P(WrongDatabaseTest, MissingOneIsNamedWithTheCommandThatMakesIt) {
     const CommandRun run;
-    ExpectRefused(run.Run(Command(run)), "no database at " + run.Database().string() +
-                                             "; make one with: nomiractl db create " +
-                                             run.Database().string());
+    ExpectNoDatabase(run.Run(Command(run)), "no database at " + run.Database().string() +
+                                                "; make one with: nomiractl db create " +
+                                                run.Database().string());
     EXPECT_FALSE(fs::exists(run.Database()));
 }
 
 TEST_P(WrongDatabaseTest, FolderInItsPlace) {
     const CommandRun run;
     fs::create_directory(run.Database());
-    ExpectRefused(run.Run(Command(run)), "not a plain file");
+    ExpectNoDatabase(run.Run(Command(run)), "not a plain file");
 }
 
 TEST_P(WrongDatabaseTest, EmptyFile) {
     const CommandRun run;
     std::ofstream(run.Database()).close();
-    ExpectRefused(run.Run(Command(run)), "an empty file and no database");
+    ExpectNoDatabase(run.Run(Command(run)), "an empty file and no database");
     EXPECT_EQ(fs::file_size(run.Database()), 0U);
 }
 
 TEST_P(WrongDatabaseTest, TextFile) {
     const CommandRun run;
     std::ofstream(run.Database()) << std::string(5000, 'x');
-    ExpectRefused(run.Run(Command(run)), run.Database().string() + ": file is not a database");
+    ExpectNoDatabase(run.Run(Command(run)), run.Database().string() + ": file is not a database");
 }
 
 TEST_P(WrongDatabaseTest, AccessFile) {
     const CommandRun run;
     std::ofstream(run.Database(), std::ios::binary)
         << std::string("\0\1\0\0Standard Jet DB\0", 20) << std::string(4076, '\0');
-    ExpectRefused(run.Run(Command(run)), "an Access database, which can't be read yet");
+    ExpectNoDatabase(run.Run(Command(run)), "an Access database, which can't be read yet");
 }
 
 TEST_P(WrongDatabaseTest, DatabaseWithoutTheTables) {
     const CommandRun run;
     run.CreateDatabase();
     ExecuteOn(run.Database(), "DROP TABLE Messages; DROP TABLE Items");
-    ExpectRefused(run.Run(Command(run)), "no such table");
+    ExpectNoDatabase(run.Run(Command(run)), "no such table");
 }
 
 TEST_P(WrongDatabaseTest, DatabaseThatSomebodyElseKeeps) {
@@ -151,7 +158,7 @@ TEST_P(WrongDatabaseTest, DatabaseThatSomebodyElseKeeps) {
     sqlite3* other = nullptr;
     ASSERT_EQ(sqlite3_open(run.Database().c_str(), &other), SQLITE_OK);
     ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
-    ExpectRefused(run.Run(Command(run)), "another program uses it");
+    ExpectNoDatabase(run.Run(Command(run)), "another program uses it");
     sqlite3_close(other);
 }
 
@@ -168,7 +175,7 @@ TEST_P(WrongDatabaseTest, DamagedDatabase) {
     file << std::string(static_cast<std::size_t>(nSize - 8192), '\x55');
     file.close();
     const Outcome outcome = run.Run(Command(run));
-    EXPECT_EQ(outcome.exit, ExitCode::Refused);
+    EXPECT_EQ(outcome.exit, ExitCode::Database);
     EXPECT_TRUE(Contains(outcome.err, run.Database().string())) << outcome.err;
     EXPECT_FALSE(fs::exists(run.Root() / "out.txt"));
 }
@@ -236,7 +243,7 @@ TEST(NomiractlTest, ABadSettingIsNamedWithFileAndLine) {
     const CommandRun run;
     const fs::path conf = run.Prefix() / "nomira.conf";
     std::ofstream(conf) << "# fine\ncodepage = many\n";
-    ExpectRefused(run.Run({"db", "info"}), conf.string() + ":2: ");
+    ExpectRefused(run.Run({"db", "info"}), conf.string() + ":2: ", ExitCode::Refused);
 }
 
 // ---- export ----

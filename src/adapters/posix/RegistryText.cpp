@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "adapters/posix/NativeName.h"
 #include "langtools/BasicText.h"
@@ -18,7 +19,9 @@ constexpr TextView kBlanks = u" \t";
 
 // The types whose data the 8-bit query turns into the 8-bit page.
 constexpr std::uint32_t kStringTypes[] = {1, 2, 7};
+constexpr std::uint32_t kTextType = 1;
 constexpr std::uint32_t kBinaryType = 3;
+constexpr std::uint32_t kNumberType = 4;
 
 struct RootName {
     TextView sName;
@@ -233,13 +236,24 @@ class Parser {
         ReadData(UCase(*sName), Trimmed(sLine.substr(1)));
     }
 
+    struct Data {
+        std::uint32_t nType;
+        RegistryText::Bytes bytes;
+    };
+
+    static std::optional<Data> OfType(std::uint32_t nType,
+                                      std::optional<RegistryText::Bytes> bytes) {
+        if (!bytes) return std::nullopt;
+        return Data{nType, std::move(*bytes)};
+    }
+
     void ReadData(const Text& sName, TextView sData) {
         // Read in any case: the lines on which the data goes on belong to it.
         const Text sWhole = WithContinuation(sData);
         sData = sWhole;
         const bool bDelete = sData.starts_with(u'-') && OnlyCommentFollows(sData.substr(1));
-        const auto bytes = bDelete ? std::nullopt : DataOf(sData);
-        if (!bDelete && !bytes) return Find("the value's data is neither text, dword nor hex");
+        const auto data = bDelete ? std::nullopt : DataOf(sData);
+        if (!bDelete && !data) return Find("the value's data is neither text, dword nor hex");
         if (!m_key) {
             if (!m_bPassOver) Find("the value stands under no key");
             return;
@@ -248,7 +262,8 @@ class Parser {
         if (bDelete) {
             values.erase(sName);
         } else {
-            values[sName] = *bytes;
+            values[sName] = data->bytes;
+            m_result.origins[{*m_key, sName}] = {m_nLine, data->nType};
         }
     }
 
@@ -264,15 +279,16 @@ class Parser {
         return sWhole;
     }
 
-    std::optional<RegistryText::Bytes> DataOf(TextView sData) const {
-        if (sData.starts_with(u'"')) return StringData(sData);
+    std::optional<Data> DataOf(TextView sData) const {
+        if (sData.starts_with(u'"')) return OfType(kTextType, StringData(sData));
         const TextView sCode = sData.substr(0, sData.find(u';'));
         const std::size_t nColon = sCode.find(u':');
         if (nColon == TextView::npos) return std::nullopt;
         const Text sKind = UCase(Trimmed(sCode.substr(0, nColon)));
         const TextView sRest = Trimmed(sCode.substr(nColon + 1));
-        if (sKind == u"DWORD") return NumberData(sRest);
-        if (const auto nType = HexType(sKind)) return TypedData(*nType, HexBytes(sRest));
+        if (sKind == u"DWORD") return OfType(kNumberType, NumberData(sRest));
+        if (const auto nType = HexType(sKind))
+            return OfType(*nType, TypedData(*nType, HexBytes(sRest)));
         return std::nullopt;
     }
 

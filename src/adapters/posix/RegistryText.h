@@ -30,8 +30,14 @@ struct RegistryText {
     using Bytes = std::vector<std::uint8_t>;
     using Values = std::map<Text, Bytes>;  // by name in upper case; the default value is u""
     using Path = std::pair<RegistryRoot, Text>;
+    // Where a value stands in the file, and the registry's number for its type.
+    struct Origin {
+        int nLine = 0;
+        std::uint32_t nType = 0;
+    };
 
-    std::map<Path, Values> keys;  // by path in upper case, parents included
+    std::map<Path, Values> keys;                      // by path in upper case, parents included
+    std::map<std::pair<Path, Text>, Origin> origins;  // of values, by path and name
     std::vector<RegistryFinding> findings;
 };
 

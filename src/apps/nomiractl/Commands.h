@@ -15,6 +15,8 @@ struct Streams {
     std::ostream& err;
 };
 
+using Command = ExitCode (*)(const Options&, Streams);
+
 // Makes a new, empty message database.
 ExitCode CreateDatabase(const Options& options, Streams streams);
 // Tells what is in it, and whether it is whole.
@@ -28,6 +30,22 @@ ExitCode ExportTextFile(const Options& options, Streams streams);
 ExitCode RewritePrograms(const Options& options, Streams streams);
 // A customer's file of signal assignments into the database: everything, or nothing.
 ExitCode HarvestAssignments(const Options& options, Streams streams);
+
+// The keys that the options select, with their texts.
+ExitCode ListNames(const Options& options, Streams streams);
+// The texts of single keys; ExitCode::Differs if the database lacks one.
+ExitCode GetNames(const Options& options, Streams streams);
+// How full each class is.
+ExitCode ShowStats(const Options& options, Streams streams);
+
+// Finds what the program would do otherwise than meant with text files, programs, databases and
+// registry files; ExitCode::Differs for a finding that is no mere note.
+ExitCode CheckFiles(const Options& options, Streams streams);
+
+// What two of text file, database and programs don't agree on; ExitCode::Differs if there is any.
+ExitCode DiffNames(const Options& options, Streams streams);
+// Where programs use the signals.
+ExitCode CrossReference(const Options& options, Streams streams);
 
 // The names in a directory of the controller.
 ExitCode ListController(const Options& options, Streams streams);

@@ -30,6 +30,7 @@ ExitCode WorkEach(const std::vector<std::string>& names, const Options& options,
                   Work work) {
     Json all = Json::array();
     std::size_t nFailed = 0;
+    ExitCode exit = ExitCode::Done;
     for (const std::string& sName : names) {
         try {
             Done done = work(sName);
@@ -37,26 +38,29 @@ ExitCode WorkEach(const std::vector<std::string>& names, const Options& options,
             all.push_back(std::move(done.json));
         } catch (const Refusal& refusal) {
             ++nFailed;
+            exit = Graver(exit, refusal.Exit());
             fmt::print(streams.err, "nomiractl: {}: {}\n", sName, refusal.what());
             all.push_back({{"name", sName}, {"failure", refusal.what()}});
         }
     }
     if (options.bJson)
         streams.out << Json{{"failed", nFailed}, {"results", std::move(all)}}.dump(2) << '\n';
-    return nFailed > 0 ? ExitCode::Refused : ExitCode::Done;
+    return exit;
 }
 
 void RequireFolder(const fs::path& folder) {
     std::error_code error;
     if (!fs::is_directory(folder, error))
         throw Refusal(
-            fmt::format("{0}: no such folder; make it with: mkdir -p {0}", folder.string()));
+            fmt::format("{0}: no such folder; make it with: mkdir -p {0}", folder.string()),
+            ExitCode::Files);
 }
 
 void RequireFree(const fs::path& path) {
     std::error_code error;
     if (fs::exists(fs::symlink_status(path, error)))
-        throw Refusal(fmt::format("{} exists already; --force writes over it", path.string()));
+        throw Refusal(fmt::format("{} exists already; --force writes over it", path.string()),
+                      ExitCode::Files);
 }
 
 // A target that ends in a separator is a directory, for files to keep their names in.

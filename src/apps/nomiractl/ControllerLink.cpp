@@ -27,16 +27,17 @@ void RequireProgramName(TextView sName) {
     if (!rpc::IsPlainName(sName) || sName.find(u'.') == TextView::npos)
         throw Refusal(
             "is no program's name; write it with its extension and without a directory, for the"
-            " controller finds it by its name");
+            " controller finds it by its name",
+            ExitCode::Controller);
 }
 
 // The link would take these characters for more than a part of the file's name.
 void RequirePlainPath(const fs::path& path) {
     if (path.string().find_first_of("|*?") != std::string::npos)
-        throw Refusal(
-            fmt::format("{}: the link can't work with a path that has one of | * ? in it;"
-                        " rename the file or its folder",
-                        path.string()));
+        throw Refusal(fmt::format("{}: the link can't work with a path that has one of | * ? in it;"
+                                  " rename the file or its folder",
+                                  path.string()),
+                      ExitCode::Controller);
 }
 
 void RequireTarget(TextView sTarget) {
@@ -45,7 +46,8 @@ void RequireTarget(TextView sTarget) {
     if (!bStarts || !rpc::IsPlainDirectory(sTarget.substr(sStart.size())))
         throw Refusal(
             fmt::format("{}: no path of the controller; write one as TQX:\\R1\\Program\\x.src",
-                        Shown(sTarget)));
+                        Shown(sTarget)),
+            ExitCode::Controller);
 }
 
 std::vector<Text> Lines(TextView sText) {
@@ -104,11 +106,12 @@ void ControllerLink::Run(std::string_view sWhat, Operation operation) {
         throw Refusal(
             fmt::format("no controller answers on {}; start its middleware, or the simulator"
                         " vexon3.exe",
-                        m_socket.string()));
+                        m_socket.string()),
+            ExitCode::Controller);
     if (operation(*g_Comm().VexonCommands)) return;
     const Text sDetail = g_Comm().VexonCommands->VexonError();
     Connect();
-    throw Refusal(fmt::format("{}{}", sWhat, Because(sDetail)));
+    throw Refusal(fmt::format("{}{}", sWhat, Because(sDetail)), ExitCode::Controller);
 }
 
 std::vector<Text> ControllerLink::List(TextView sMask) {
@@ -166,7 +169,8 @@ Text ControllerDirectory(std::string_view sDirectory) {
     if (sPath.empty() || EqualNoCase(sPath, kRoot)) return Text(kRoot);
     if (!rpc::IsPlainDirectory(sPath))
         throw Refusal(fmt::format("{}: no directory of the controller; write one as R1\\Program",
-                                  Shown(sPath)));
+                                  Shown(sPath)),
+                      ExitCode::Controller);
     const bool bFromRoot = EqualNoCase(Left(sPath, std::ssize(kRoot) + 1), u"R1\\");
     return bFromRoot ? sPath : Text(kRoot).append(u"\\").append(sPath);
 }

@@ -46,10 +46,10 @@ std::deque<Text> AllDirectories(ControllerLink& link) {
             if (known.insert(UCase(sPath)).second) directories.push_back(std::move(sPath));
         }
         if (directories.size() > kMostDirectories)
-            throw Refusal(
-                fmt::format("the controller has more than {} directories; name the"
-                            " programs instead",
-                            kMostDirectories));
+            throw Refusal(fmt::format("the controller has more than {} directories; name the"
+                                      " programs instead",
+                                      kMostDirectories),
+                          ExitCode::Controller);
     }
     return directories;
 }

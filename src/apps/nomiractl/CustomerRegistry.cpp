@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "frame/Settings.h"
 #include "langtools/BasicText.h"
 
 namespace nomira::companion {
 namespace {
 
-constexpr TextView kVersionKey = u"Software\\Orvo\\Version";
-constexpr TextView kCustomerValue = u"Customer";
 constexpr Registry::KeyHandle kOwnKey = 0xFFFFFFFF;
 
 }  // namespace
@@ -20,7 +19,7 @@ CustomerRegistry::CustomerRegistry(Registry& inner, std::string customer)
 }
 
 std::int32_t CustomerRegistry::OpenKey(RegistryRoot root, TextView sKey, KeyHandle& key) {
-    if (root != RegistryRoot::LocalMachine || !EqualNoCase(sKey, kVersionKey))
+    if (root != kCustomerSetting.root || !EqualNoCase(sKey, kCustomerSetting.sKey))
         return m_inner.OpenKey(root, sKey, key);
     m_bKeyExists = m_inner.OpenKey(root, sKey, m_innerKey) == kSuccess;
     key = kOwnKey;
@@ -30,7 +29,7 @@ std::int32_t CustomerRegistry::OpenKey(RegistryRoot root, TextView sKey, KeyHand
 std::uint32_t CustomerRegistry::QueryValue(KeyHandle key, TextView sValueName,
                                            std::span<std::uint8_t> buffer) {
     if (key != kOwnKey) return m_inner.QueryValue(key, sValueName, buffer);
-    if (!EqualNoCase(sValueName, kCustomerValue))
+    if (!EqualNoCase(sValueName, kCustomerSetting.sValue))
         return m_bKeyExists ? m_inner.QueryValue(m_innerKey, sValueName, buffer) : 0;
     std::copy_n(m_customer.begin(), std::min(m_customer.size(), buffer.size()), buffer.begin());
     return static_cast<std::uint32_t>(m_customer.size());

@@ -91,7 +91,8 @@ void DatabaseWork::Commit() {
 
 void DatabaseWork::Refuse(TextView sEngineWords) const {
     throw Refusal(
-        fmt::format("{}: {}{}", m_path.string(), Shown(sEngineWords), RemedyFor(sEngineWords)));
+        fmt::format("{}: {}{}", m_path.string(), Shown(sEngineWords), RemedyFor(sEngineWords)),
+        ExitCode::Database);
 }
 
 }  // namespace nomira::companion

@@ -95,14 +95,15 @@ void Print(const DatabaseInfo& info, const fs::path& database, std::ostream& out
 void RequireFree(const fs::path& path) {
     std::error_code error;
     if (fs::exists(fs::symlink_status(path, error)))
-        throw Refusal(
-            fmt::format("{}: exists already; an existing file is never replaced, name"
-                        " another one or remove it yourself",
-                        path.string()));
+        throw Refusal(fmt::format("{}: exists already; an existing file is never replaced, name"
+                                  " another one or remove it yourself",
+                                  path.string()),
+                      ExitCode::Files);
     const fs::path folder = fs::absolute(path).parent_path();
     if (!fs::is_directory(folder, error))
         throw Refusal(
-            fmt::format("{0}: no such folder; make it with: mkdir -p {0}", folder.string()));
+            fmt::format("{0}: no such folder; make it with: mkdir -p {0}", folder.string()),
+            ExitCode::Files);
 }
 
 }  // namespace
@@ -112,7 +113,8 @@ ExitCode CreateDatabase(const Options& options, Streams streams) {
     try {
         sqlite::CreateStore(options.file);
     } catch (const RuntimeError& error) {
-        throw Refusal(fmt::format("{}: {}", options.file.string(), Shown(error.Description())));
+        throw Refusal(fmt::format("{}: {}", options.file.string(), Shown(error.Description())),
+                      ExitCode::Files);
     }
     if (options.bJson)
         streams.out
@@ -135,7 +137,7 @@ ExitCode ShowDatabase(const Options& options, Streams streams) {
     for (const Text& sProblem : info.problems)
         fmt::print(streams.err, "nomiractl: {}: {}\n", machine.Database().string(),
                    Shown(sProblem));
-    return info.problems.empty() ? ExitCode::Done : ExitCode::Refused;
+    return info.problems.empty() ? ExitCode::Done : ExitCode::Database;
 }
 
 }  // namespace nomira::companion

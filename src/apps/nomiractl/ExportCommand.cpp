@@ -70,7 +70,8 @@ void RequireOtherFile(const fs::path& target, const fs::path& database) {
     std::error_code ignored;
     if (fs::equivalent(target, database, ignored))
         throw Refusal(
-            fmt::format("{}: the message database itself; name another file", target.string()));
+            fmt::format("{}: the message database itself; name another file", target.string()),
+            ExitCode::Files);
 }
 
 int CountRows(const ExportReport& report) {
@@ -130,7 +131,7 @@ ExitCode ExportTextFile(const Options& options, Streams streams) {
     const bool bWritten = !bytes.empty();
     if (bStream) {
         streams.out << bytes << std::flush;
-        if (!streams.out) throw Refusal("the output can't be written");
+        if (!streams.out) throw Refusal("the output can't be written", ExitCode::Files);
     } else if (bWritten) {
         ReplaceFile(options.file, bytes);
     }

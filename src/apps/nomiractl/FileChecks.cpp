@@ -24,13 +24,14 @@ fs::file_status StatusOf(const fs::path& path) {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (status.type() == fs::file_type::none)
-        throw Refusal(fmt::format("{}: {}", path.string(), error.message()));
+        throw Refusal(fmt::format("{}: {}", path.string(), error.message()), ExitCode::Files);
     return status;
 }
 
 void RequireReadable(const fs::path& path) {
     if (::access(path.c_str(), R_OK) == 0) return;
-    throw Refusal(fmt::format("{}: {}", path.string(), std::generic_category().message(errno)));
+    throw Refusal(fmt::format("{}: {}", path.string(), std::generic_category().message(errno)),
+                  ExitCode::Files);
 }
 
 // Nobody's write bit keeps the superuser out as well: the database adapter sees it so.
@@ -40,7 +41,8 @@ void RequireWritable(const fs::path& path, const fs::file_status& status) {
     const bool bWritable = (status.permissions() & kAnyoneWrites) != fs::perms::none;
     if (bWritable && ::access(path.c_str(), W_OK) == 0) return;
     throw Refusal(
-        fmt::format("{0}: the database is read-only; allow it with: chmod u+w {0}", path.string()));
+        fmt::format("{0}: the database is read-only; allow it with: chmod u+w {0}", path.string()),
+        ExitCode::Database);
 }
 
 void RefuseAccessFile(const fs::path& path) {
@@ -48,22 +50,25 @@ void RefuseAccessFile(const fs::path& path) {
     std::string sHead(kAccessMarkPlace + kAccessMark.size(), '\0');
     file.read(sHead.data(), static_cast<std::streamsize>(sHead.size()));
     if (sHead.compare(kAccessMarkPlace, kAccessMark.size(), kAccessMark) == 0)
-        throw Refusal(
-            fmt::format("{}: an Access database, which can't be read yet; make one of"
-                        " this system's own with: nomiractl db create PATH",
-                        path.string()));
+        throw Refusal(fmt::format("{}: an Access database, which can't be read yet; make one of"
+                                  " this system's own with: nomiractl db create PATH",
+                                  path.string()),
+                      ExitCode::Database);
 }
 
 }  // namespace
 
 void CheckTextFile(const fs::path& path) {
     const fs::file_status status = StatusOf(path);
-    if (!fs::exists(status)) throw Refusal(fmt::format("{}: no such file", path.string()));
+    if (!fs::exists(status))
+        throw Refusal(fmt::format("{}: no such file", path.string()), ExitCode::Files);
     if (fs::is_directory(status))
-        throw Refusal(fmt::format("{}: a folder; name the text file in it", path.string()));
+        throw Refusal(fmt::format("{}: a folder; name the text file in it", path.string()),
+                      ExitCode::Files);
     if (!fs::is_regular_file(status))
         throw Refusal(
-            fmt::format("{}: not a plain file; the import reads it more than once", path.string()));
+            fmt::format("{}: not a plain file; the import reads it more than once", path.string()),
+            ExitCode::Files);
     RequireReadable(path);
 }
 
@@ -71,14 +76,16 @@ void CheckDatabase(const fs::path& path, DatabaseUse use) {
     const fs::file_status status = StatusOf(path);
     if (!fs::exists(status))
         throw Refusal(fmt::format("no database at {0}; make one with: nomiractl db create {0}",
-                                  path.string()));
+                                  path.string()),
+                      ExitCode::Database);
     if (!fs::is_regular_file(status))
-        throw Refusal(fmt::format("{}: no database, for it is not a plain file", path.string()));
+        throw Refusal(fmt::format("{}: no database, for it is not a plain file", path.string()),
+                      ExitCode::Database);
     if (fs::file_size(path) == 0)
-        throw Refusal(
-            fmt::format("{0}: an empty file and no database; remove it and make one with:"
-                        " nomiractl db create {0}",
-                        path.string()));
+        throw Refusal(fmt::format("{0}: an empty file and no database; remove it and make one with:"
+                                  " nomiractl db create {0}",
+                                  path.string()),
+                      ExitCode::Database);
     RequireReadable(path);
     if (use == DatabaseUse::Write) RequireWritable(path, status);
     RefuseAccessFile(path);

@@ -57,7 +57,8 @@ void RunPasses(const Options& options, ImportReport& report) {
     if (options.bOverwrite) ClearDbForTextFile(sFile);
     TextIntoDb(sFile);
     if (!watch.HasBegun())
-        throw Refusal(fmt::format("{}: the file can't be opened", options.file.string()));
+        throw Refusal(fmt::format("{}: the file can't be opened", options.file.string()),
+                      ExitCode::Files);
 }
 
 void Show(const ImportReport& report, const Options& options, Streams streams) {

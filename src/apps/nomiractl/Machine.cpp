@@ -47,7 +47,18 @@ struct Machine::Parts {
         return posix.prefix.NativePath(sPath);
     }
 
-    Registry* TheRegistry() {
+    void BecomePlatform() {
+        SetPlatform({.registry = RegistryInUse(),
+                     .processes = &posix.processes,
+                     .locale = &posix.locale,
+                     .desktop = &desktop,
+                     .files = &posix.files,
+                     .closedLibrary = &notice,
+                     .sCommandLine = {}});
+    }
+
+    Registry* RegistryInUse() {
+        if (otherRegistry) return &*otherRegistry;
         if (customerRegistry) return &*customerRegistry;
         return &posix.registry;
     }
@@ -55,6 +66,7 @@ struct Machine::Parts {
     posix::PosixMachine posix;
     fs::path database;
     std::optional<CustomerRegistry> customerRegistry;
+    std::optional<posix::RegFileRegistry> otherRegistry;
     CollectingDesktop desktop;
     HeldNotice notice;
     sqlite::SqliteEngine engine;
@@ -63,13 +75,7 @@ struct Machine::Parts {
 
 Machine::Machine(const Options& options) : m_parts(std::make_unique<Parts>(options)) {
     ResetProgramState();
-    SetPlatform({.registry = m_parts->TheRegistry(),
-                 .processes = &m_parts->posix.processes,
-                 .locale = &m_parts->posix.locale,
-                 .desktop = &m_parts->desktop,
-                 .files = &m_parts->posix.files,
-                 .closedLibrary = &m_parts->notice,
-                 .sCommandLine = {}});
+    m_parts->BecomePlatform();
     SetDatabaseEngine(&m_parts->engine);
     SetLinkLibrary(&m_parts->link);
 }
@@ -102,6 +108,11 @@ void Machine::PrintWarnings(std::ostream& err) const {
     for (const posix::RegistryFinding& finding : registry.Findings())
         fmt::print(err, "nomiractl: warning: {}:{}: {}\n", registry.File().string(), finding.nLine,
                    finding.sWhat);
+}
+
+void Machine::TakeRegistry(const fs::path& file) {
+    m_parts->otherRegistry.emplace(file);
+    m_parts->BecomePlatform();
 }
 
 void Machine::ReleaseNotice() {

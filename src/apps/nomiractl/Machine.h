@@ -31,6 +31,10 @@ class Machine {
     // The desktop on which the core's message boxes end.
     CollectingDesktop& Boxes();
 
+    // The program's settings come from this export of a registry from here on, and the customer of
+    // the options doesn't count.
+    void TakeRegistry(const std::filesystem::path& file);
+
     // What the settings' files have that can't be understood.
     void PrintWarnings(std::ostream& err) const;
 

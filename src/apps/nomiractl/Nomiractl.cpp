@@ -6,39 +6,48 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <exception>
+#include <functional>
+#include <memory>
+#include <sstream>
 
 #include "adapters/posix/NativeName.h"
 #include "adapters/rpc/ControllerName.h"
 #include "apps/nomiractl/Commands.h"
+#include "apps/nomiractl/Completion.h"
+#include "apps/nomiractl/HelpText.h"
+#include "apps/nomiractl/ReadingCommandLine.h"
 #include "apps/nomiractl/Words.h"
 #include "langtools/RuntimeError.h"
 
 namespace nomira::companion {
 namespace {
 
-using Command = ExitCode (*)(const Options&, Streams);
-
 constexpr const char* kDescription =
     "Moves the long names of a robot controller's signals between the message database and text\n"
     "files, as nomira does, and tells what it did.";
 
-constexpr const char* kFooter =
-    "Exit status:\n"
-    "  0  done\n"
-    "  1  something was refused or failed, and nothing was changed (rewrite, controller: what is\n"
-    "     named was left as it is, the others are done; rewrite --check: something would change)\n"
-    "  2  wrong usage\n"
-    "\n"
+constexpr const char* kPaths =
     "Paths on the command line are this system's own. Without --prefix, the prefix is\n"
     "$NOMIRA_PREFIX, or $XDG_DATA_HOME/nomira, or ~/.local/share/nomira; its registry.reg and\n"
     "nomira.conf apply. A text file is in the 8-bit code page (1252) with CR LF line ends.\n"
     "The controller's middleware is looked for on run/vexon3.sock in the prefix.";
 
+std::string Footer() {
+    std::ostringstream footer;
+    footer << "Exit status:\n";
+    PrintExitCodes(footer);
+    footer << "Where something was refused or failed, nothing was changed; rewrite and controller\n"
+              "leave what they name as it is, and do the others.\n\n"
+           << kPaths;
+    return footer.str();
+}
+
 // The command line, and what it asks for.
 class Arguments {
   public:
     Arguments() : m_app(kDescription, "nomiractl") {
-        m_app.footer(kFooter);
+        m_app.formatter(std::make_shared<HelpText>());
+        m_app.footer(Footer());
         m_app.fallthrough();
         m_app.require_subcommand(1);
         m_app.set_version_flag("--version", NOMIRA_VERSION);
@@ -49,9 +58,12 @@ class Arguments {
         AddRewrite();
         AddHarvest();
         AddController();
+        AddReadingCommands(m_app, m_options, [this](Command command) { m_command = command; });
+        AddCommandsOnItself();
     }
 
     void Parse(std::vector<std::string> args) {
+        m_args = args;
         std::reverse(args.begin(), args.end());  // as the parser wants them
         m_app.parse(args);
         if (m_options.bJson && m_command == ExportTextFile && m_options.file == "-")
@@ -63,12 +75,34 @@ class Arguments {
 
     // For --help as well as for errors.
     ExitCode Explain(const CLI::ParseError& error, std::ostream& out, std::ostream& err) const {
-        return m_app.exit(error, out, err) == 0 ? ExitCode::Done : ExitCode::WrongUsage;
+        if (m_app.exit(error, out, err) == 0) return ExitCode::Done;
+        const std::string sMeant = DidYouMean(m_app, m_args);
+        if (!sMeant.empty()) fmt::print(err, "Did you mean {}?\n", sMeant);
+        return ExitCode::WrongUsage;
     }
 
-    ExitCode Run(Streams streams) const { return m_command(m_options, streams); }
+    ExitCode Run(Streams streams) const {
+        if (m_command) return m_command(m_options, streams);
+        streams.out << m_answer;
+        return ExitCode::Done;
+    }
 
   private:
+    // What needs nothing but the command line.
+    void AddCommandsOnItself() {
+        CLI::App* version = Add(m_app, "version", "Show the version", nullptr);
+        version->callback([this] {
+            m_answer = m_options.bJson ? fmt::format("{{\"version\": \"{}\"}}\n", NOMIRA_VERSION)
+                                       : fmt::format("nomiractl {}\n", NOMIRA_VERSION);
+        });
+        CLI::App* completion =
+            Add(m_app, "completion", "Write the completion script of a shell", nullptr);
+        completion->add_option("SHELL", m_options.sShell, "bash, zsh or fish")
+            ->required()
+            ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+        completion->callback([this] { m_answer = CompletionScript(m_app, m_options.sShell); });
+    }
+
     void CheckTarget() const {
         if (m_options.target.empty()) return;
         if (!rpc::IsControllerPath(posix::FromNative(m_options.target)))
@@ -208,14 +242,20 @@ class Arguments {
 
     CLI::App m_app;
     Options m_options;
+    std::vector<std::string> m_args;
     Command m_command = nullptr;
+    std::string m_answer;  // where there is no command to run
 };
 
 ExitCode Guarded(const Arguments& arguments, Streams streams) {
     try {
         return arguments.Run(streams);
+    } catch (const Refusal& refusal) {
+        fmt::print(streams.err, "nomiractl: {}\n", refusal.what());
+        return refusal.Exit();
     } catch (const RuntimeError& error) {
         fmt::print(streams.err, "nomiractl: {}\n", Shown(error.Description()));
+        return ExitOf(error);
     } catch (const std::exception& error) {
         fmt::print(streams.err, "nomiractl: {}\n", error.what());
     }

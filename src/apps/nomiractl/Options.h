@@ -18,7 +18,26 @@ struct Options {
     std::string directory;                        // of the controller
     std::filesystem::path folder = ".";           // where fetched programs go
     std::string target;                           // where a sent one goes; empty: where it belongs
-    bool bAll = false;                            // every program of the controller
+    std::vector<std::string> keys;                // as KeySelection takes them
+    std::vector<std::string> classes;             // words for ClassOfWord
+    std::vector<std::string> sizes;               // as "in=2048"
+    std::string sText;                            // a part of the texts that are looked for
+    std::filesystem::path oldSide;                // of a diff
+    std::filesystem::path newSide;
+    std::filesystem::path baseline;       // findings that are known
+    std::filesystem::path writeBaseline;  // where to keep what is found as known
+    std::filesystem::path rejects;        // where to put lines that are not taken
+    std::string sShell;                   // that completes commands
+    std::string sFormat = "text";         // of a report: text, json, sarif, junit
+    std::string sKind = "auto";           // of the files, as KindOf takes it
+    std::string sColour = "auto";         // auto, always, never
+    bool bPredict = false;                // foretell what becomes of each line
+    bool bListRules = false;
+    bool bUnnamed = false;  // signals that programs use and that have no name
+    bool bUnused = false;   // names that no program uses
+    bool bEmpty = false;    // keys without a text alone
+    bool bFilled = false;   // keys with a text alone
+    bool bAll = false;      // every program of the controller
     bool bDirectories = false;
     bool bForce = false;  // write over what is there
     bool bOverwrite = false;

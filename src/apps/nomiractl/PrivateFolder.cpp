@@ -15,10 +15,10 @@ namespace {
 namespace fs = std::filesystem;
 
 [[noreturn]] void Refuse(const fs::path& place, const std::error_code& error) {
-    throw Refusal(
-        fmt::format("{}: no temporary folder can be made there: {}; name another place"
-                    " with TMPDIR",
-                    place.string(), error.message()));
+    throw Refusal(fmt::format("{}: no temporary folder can be made there: {}; name another place"
+                              " with TMPDIR",
+                              place.string(), error.message()),
+                  ExitCode::Files);
 }
 
 fs::path TemporaryPlace() {

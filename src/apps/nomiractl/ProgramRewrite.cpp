@@ -13,25 +13,11 @@
 namespace nomira::companion {
 namespace {
 
-struct ProgramLine {
-    std::string_view body;
-    std::string_view end;  // "\r\n", "\r", or nothing behind a last line
-};
-
 ProgramLine CutLine(std::string_view bytes) {
     const std::size_t nReturn = bytes.find('\r');
     if (nReturn == std::string_view::npos) return {bytes, {}};
     const bool bLineFeed = bytes.substr(nReturn + 1, 1) == "\n";
     return {bytes.substr(0, nReturn), bytes.substr(nReturn, bLineFeed ? 2 : 1)};
-}
-
-std::vector<ProgramLine> CutLines(std::string_view bytes) {
-    std::vector<ProgramLine> lines;
-    while (!bytes.empty()) {
-        lines.push_back(CutLine(bytes));
-        bytes.remove_prefix(lines.back().body.size() + lines.back().end.size());
-    }
-    return lines;
 }
 
 // The line as the core leaves it.
@@ -91,6 +77,15 @@ void AppendHunk(std::string& diff, const Hunk& hunk, const std::vector<ProgramLi
 }
 
 }  // namespace
+
+std::vector<ProgramLine> CutLines(std::string_view bytes) {
+    std::vector<ProgramLine> lines;
+    while (!bytes.empty()) {
+        lines.push_back(CutLine(bytes));
+        bytes.remove_prefix(lines.back().body.size() + lines.back().end.size());
+    }
+    return lines;
+}
 
 RewritePlan PlanRewrite(std::string_view bytes, CollectingDesktop& desktop) {
     RewritePlan plan;

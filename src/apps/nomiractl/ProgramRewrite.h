@@ -13,6 +13,14 @@
 
 namespace nomira::companion {
 
+struct ProgramLine {
+    std::string_view body;
+    std::string_view end;  // "\r\n", "\r", or nothing behind a last line
+};
+
+// The lines of a program, as the core reads them: CR LF or a lone CR ends one.
+std::vector<ProgramLine> CutLines(std::string_view bytes);
+
 struct LineChange {
     std::int64_t nLine;  // one-based
     std::string sOld;    // bytes of the file, without the line end

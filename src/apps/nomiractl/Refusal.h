@@ -2,21 +2,23 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
+
+#include "apps/nomiractl/ExitCode.h"
 
 namespace nomira::companion {
 
-// Ends a command with ExitCode::Refused; the words go to the error stream behind the program's
-// name. The core's own failures stay RuntimeErrors.
+// Ends a command with the exit status; the words go to the error stream behind the program's name.
+// The core's own failures stay RuntimeErrors.
 class Refusal : public std::runtime_error {
   public:
-    using std::runtime_error::runtime_error;
-};
+    explicit Refusal(const std::string& sWords, ExitCode exit = ExitCode::Refused)
+        : std::runtime_error(sWords), m_exit(exit) {}
 
-// The process's exit status, as the help tells it. Pipelines rely on the numbers.
-enum class ExitCode {
-    Done = 0,
-    Refused = 1,     // something failed; nothing was changed
-    WrongUsage = 2,  // the arguments make no command
+    ExitCode Exit() const { return m_exit; }
+
+  private:
+    ExitCode m_exit;
 };
 
 }  // namespace nomira::companion

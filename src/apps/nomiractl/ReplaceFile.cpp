@@ -21,7 +21,7 @@ constexpr mode_t kPermissionBits = 07777;
 constexpr mode_t kAnyoneWrites = S_IWUSR | S_IWGRP | S_IWOTH;
 
 [[noreturn]] void Refuse(const fs::path& path, std::string_view sWhat) {
-    throw Refusal(fmt::format("{}: {}", path.string(), sWhat));
+    throw Refusal(fmt::format("{}: {}", path.string(), sWhat), ExitCode::Files);
 }
 
 [[noreturn]] void RefuseWithSystemWords(const fs::path& path) {

@@ -59,18 +59,19 @@ nlohmann::ordered_json AsJson(const ProgramReport& report) {
 }  // namespace
 
 std::string ReadProgram(const fs::path& path) {
-    if (fs::is_directory(path)) throw Refusal("is a directory");
+    if (fs::is_directory(path)) throw Refusal("is a directory", ExitCode::Files);
     std::ifstream file(path, std::ios::binary);
     std::ostringstream bytes;
     if (!file || !(bytes << file.rdbuf())) {
         if (fs::exists(path) && fs::is_empty(path)) return {};
-        throw Refusal(fs::exists(path) ? "can't be read" : "there is no such file");
+        throw Refusal(fs::exists(path) ? "can't be read" : "there is no such file",
+                      ExitCode::Files);
     }
     return bytes.str();
 }
 
 void RewriteRun::Rewrite(const std::string& sName, const Read& read, const Write& write) {
-    ProgramReport report{sName, {}, {}};
+    ProgramReport report{sName, {}, {}, {}};
     try {
         const std::string sBytes = read();
         RewritePlan plan = PlanRewrite(sBytes, m_desktop);
@@ -80,12 +81,13 @@ void RewriteRun::Rewrite(const std::string& sName, const Read& read, const Write
         if (!report.plan.changes.empty() && ChangesPrograms()) write(report.plan.sNewBytes);
     } catch (const Refusal& refusal) {
         report.failure = refusal.what();
+        report.exit = refusal.Exit();
     }
     Add(std::move(report));
 }
 
 void RewriteRun::AddFailure(const std::string& sName, const std::string& sWhy) {
-    Add({sName, {}, sWhy});
+    Add({sName, {}, sWhy, ExitCode::Refused});
 }
 
 void RewriteRun::Add(ProgramReport report) {
@@ -118,7 +120,10 @@ ExitCode RewriteRun::Finish() const {
         PrintSummary();
     const Totals totals = Count(m_reports);
     const bool bWouldChange = m_options.bCheck && totals.nChanged > 0;
-    return totals.nFailed > 0 || bWouldChange ? ExitCode::Refused : ExitCode::Done;
+    ExitCode exit = bWouldChange ? ExitCode::Differs : ExitCode::Done;
+    for (const ProgramReport& report : m_reports)
+        exit = Graver(exit, report.plan.stopped ? ExitCode::Refused : report.exit);
+    return exit;
 }
 
 }  // namespace nomira::companion

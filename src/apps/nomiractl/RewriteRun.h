@@ -18,7 +18,8 @@ namespace nomira::companion {
 struct ProgramReport {
     std::string sName;  // as it is shown
     RewritePlan plan;
-    std::string failure;  // why it could not be read or written
+    std::string failure;             // why it could not be read or written
+    ExitCode exit = ExitCode::Done;  // the failure's
     bool IsFine() const { return failure.empty() && !plan.stopped; }
 };
 

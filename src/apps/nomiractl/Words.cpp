@@ -56,7 +56,8 @@ Text CorePath(const std::filesystem::path& path) {
     Text sPath = posix::FromNative(std::filesystem::absolute(path).string());
     if (sPath.find(u'\\') != Text::npos)
         throw Refusal(fmt::format("{}: a backslash in a file's name separates folders; rename it",
-                                  path.string()));
+                                  path.string()),
+                      ExitCode::Files);
     return sPath;
 }
 

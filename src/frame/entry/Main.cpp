@@ -25,10 +25,8 @@ void RaiseFirstInstance() {
 }
 
 void ReadInstallation() {
-    ReadRegistryString(RegistryRoot::LocalMachine, u"Software\\Orvo\\Version", u"InstallationDir",
-                       g_sInstallDir);
-    ReadRegistryString(RegistryRoot::CurrentUser, u"Software\\Orvo\\Database", u"Language",
-                       g_sLanguage);
+    ReadRegistryString(kInstallDirSetting, g_sInstallDir);
+    ReadRegistryString(kLanguageSetting, g_sLanguage);
 }
 
 // The detour through decimal text takes at most nine of its characters, so that a language of ten

@@ -1,0 +1,214 @@
+// check: finds beforehand what the program would silently do otherwise than meant.
+#include <fmt/format.h>
+#include <fmt/ostream.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "apps/nomiractl/Baseline.h"
+#include "apps/nomiractl/Commands.h"
+#include "apps/nomiractl/DatabaseCheck.h"
+#include "apps/nomiractl/DatabaseWork.h"
+#include "apps/nomiractl/FileKind.h"
+#include "apps/nomiractl/FindingFormats.h"
+#include "apps/nomiractl/Machine.h"
+#include "apps/nomiractl/ProgramCheck.h"
+#include "apps/nomiractl/ProgramPaths.h"
+#include "apps/nomiractl/RegistryCheck.h"
+#include "apps/nomiractl/ReplaceFile.h"
+#include "apps/nomiractl/Terminal.h"
+#include "apps/nomiractl/TextFileCheck.h"
+#include "apps/nomiractl/Words.h"
+#include "langtools/RuntimeError.h"
+
+namespace nomira::companion {
+namespace {
+
+namespace fs = std::filesystem;
+
+class CheckRun {
+  public:
+    CheckRun(const Options& options, Streams streams) : m_options(options), m_streams(streams) {}
+
+    void CheckAll() {
+        for (const fs::path& path : m_options.programs)
+            Guard(path, [&] { CheckPath(path); });
+    }
+
+    ExitCode Finish() {
+        std::stable_sort(m_findings.All().begin(), m_findings.All().end(),
+                         [](const Finding& left, const Finding& right) {
+                             return left.sFile == right.sFile &&
+                                    std::pair(left.place.nLine, left.place.nColumn) <
+                                        std::pair(right.place.nLine, right.place.nColumn);
+                         });
+        if (!m_options.writeBaseline.empty())
+            ReplaceFile(m_options.writeBaseline, BaselineOf(m_findings));
+        const std::size_t nKnown =
+            m_options.baseline.empty() ? 0 : HideKnown(m_options.baseline, m_findings);
+        if (!m_options.rejects.empty()) WriteRejects();
+        Print(nKnown);
+        return Graver(m_exit, Verdict());
+    }
+
+  private:
+    // A file that can't be looked at is told, and the others are looked at all the same.
+    template <typename Work>
+    void Guard(const fs::path& path, Work work) {
+        try {
+            work();
+        } catch (const Refusal& refusal) {
+            Fail(refusal.what(), refusal.Exit());
+        } catch (const RuntimeError& error) {
+            Fail(fmt::format("{}: {}", path.string(), Shown(error.Description())), ExitOf(error));
+        }
+    }
+
+    void Fail(const std::string& sWords, ExitCode exit) {
+        fmt::print(m_streams.err, "nomiractl: {}\n", sWords);
+        m_exit = Graver(m_exit, exit);
+    }
+
+    void CheckPath(const fs::path& path) {
+        switch (KindOf(path, m_options.sKind)) {
+            case FileKind::TextFile:
+                CheckTextFile(path);
+                m_findings.Begin(path.string(), "text");
+                TheMachine();
+                return CheckTextFileLines(path, m_findings);
+            case FileKind::Programs:
+                for (const fs::path& program : NamedPrograms({path}))
+                    CheckOneProgram(program);
+                return;
+            case FileKind::Database:
+                return CheckOneDatabase(path);
+            case FileKind::Registry:
+                m_findings.Begin(path.string(), "registry");
+                m_database.reset();
+                m_machine.reset();
+                CheckRegistry(path, TheMachine(), m_findings);
+                m_machine.reset();  // the next file has its own settings again
+        }
+    }
+
+    // One machine for all text files and programs, as for one run over them.
+    Machine& TheMachine() {
+        if (!m_machine) {
+            m_machine.emplace(m_options);
+            m_machine->PrintWarnings(m_streams.err);
+        }
+        return *m_machine;
+    }
+
+    bool HasDatabase() {
+        if (m_database) return true;
+        Machine& machine = TheMachine();
+        if (m_options.database.empty() && !fs::exists(machine.Database())) return false;
+        m_database.emplace(machine.Database(), machine.Engine(), DatabaseUse::Read);
+        m_database->ReadItems();  // one without the tables would look like one without names
+        return true;
+    }
+
+    void CheckOneProgram(const fs::path& program) {
+        m_findings.Begin(program.string(), "program");
+        const bool bDatabase = HasDatabase();
+        try {
+            CheckProgram(program, bDatabase, TheMachine().Boxes(), m_findings);
+        } catch (const Refusal& refusal) {
+            m_findings.Add(Rule::ProgramUnreadable, {}, {}, {refusal.what()});
+            m_exit = Graver(m_exit, refusal.Exit());
+        }
+        if (bDatabase) m_database->RequireNoFailure();
+    }
+
+    void CheckOneDatabase(const fs::path& path) {
+        m_database.reset();
+        m_machine.reset();
+        Options options = m_options;
+        options.database = path;
+        Machine machine(options);
+        machine.PrintWarnings(m_streams.err);
+        DatabaseWork database(machine.Database(), machine.Engine(), DatabaseUse::Read);
+        m_findings.Begin(path.string(), "database");
+        CheckNames(database, m_findings);
+    }
+
+    // Remarks in the file tell where a line comes from; an import passes over them.
+    void WriteRejects() {
+        std::string bytes;
+        for (const Findings::Rejected& line : m_findings.Rejects()) {
+            for (const Finding& finding : m_findings.All())
+                if (finding.sFile == line.sFile && finding.place.nLine == line.nLine)
+                    bytes +=
+                        fmt::format("# {}:{}: {}\r\n", line.sFile, line.nLine, finding.sSentence);
+            bytes += line.bytes + "\r\n";
+        }
+        ReplaceFile(m_options.rejects, bytes);
+    }
+
+    bool IsColoured() const {
+        if (m_options.sColour != "auto") return m_options.sColour == "always";
+        const char* const sNoColour = std::getenv("NO_COLOR");
+        return IsTerminal(m_streams.out) && (sNoColour == nullptr || *sNoColour == '\0');
+    }
+
+    void Print(std::size_t nKnown) const {
+        const std::string sFormat = m_options.bJson ? "json" : m_options.sFormat;
+        if (sFormat == "json")
+            PrintJson(m_findings, nKnown, m_options.bPredict, m_streams.out);
+        else if (sFormat == "sarif")
+            PrintSarif(m_findings, m_streams.out);
+        else if (sFormat == "junit")
+            PrintJunit(m_findings, m_streams.out);
+        else
+            PrintText(m_findings, nKnown, m_options.bQuiet, IsColoured(), m_streams.out);
+    }
+
+    // Notes tell something, but ask for nothing.
+    ExitCode Verdict() const {
+        const bool bBad = std::any_of(
+            m_findings.All().begin(), m_findings.All().end(),
+            [](const Finding& finding) { return RowOf(finding.rule).severity != Severity::Note; });
+        return bBad && m_options.writeBaseline.empty() ? ExitCode::Differs : ExitCode::Done;
+    }
+
+    const Options& m_options;
+    Streams m_streams;
+    Findings m_findings;
+    ExitCode m_exit = ExitCode::Done;
+    std::optional<Machine> m_machine;
+    std::optional<DatabaseWork> m_database;
+};
+
+// The rows of docs/rules.md, or JSON.
+ExitCode ListRules(const Options& options, Streams streams) {
+    nlohmann::ordered_json json = nlohmann::ordered_json::array();
+    for (const RuleRow& row : AllRules()) {
+        if (options.bJson)
+            json.push_back({{"id", row.sId},
+                            {"severity", SeverityName(row.severity)},
+                            {"sentence", row.sSentence},
+                            {"why", row.sWhy}});
+        else
+            fmt::print(streams.out, "| `{}` | {} | {} | {} |\n", row.sId,
+                       SeverityName(row.severity), row.sSentence, row.sWhy);
+    }
+    if (options.bJson) streams.out << json.dump(2) << '\n';
+    return ExitCode::Done;
+}
+
+}  // namespace
+
+ExitCode CheckFiles(const Options& options, Streams streams) {
+    if (options.bListRules) return ListRules(options, streams);
+    CheckRun run(options, streams);
+    run.CheckAll();
+    return run.Finish();
+}
+
+}  // namespace nomira::companion

@@ -1,0 +1,51 @@
+#include "apps/nomiractl/ProgramPaths.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "apps/nomiractl/Refusal.h"
+#include "langtools/BasicText.h"
+
+namespace nomira::companion {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool IsProgram(const fs::directory_entry& entry) {
+    const Text sExtension = FromAscii(entry.path().extension().string());
+    return !entry.is_directory() && EqualNoCase(sExtension, u".src");
+}
+
+// The programs of a directory, sorted by name.
+std::vector<fs::path> ProgramsOf(const fs::path& directory) {
+    std::vector<fs::path> programs;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(directory, error)) {
+        if (IsProgram(entry)) programs.push_back(entry.path());
+    }
+    if (error)
+        throw Refusal(fmt::format("{}: {}", directory.string(), error.message()), ExitCode::Files);
+    std::sort(programs.begin(), programs.end());
+    return programs;
+}
+
+}  // namespace
+
+std::vector<fs::path> NamedPrograms(const std::vector<fs::path>& paths) {
+    std::vector<fs::path> programs;
+    for (const fs::path& path : paths) {
+        if (!fs::is_directory(path)) {
+            programs.push_back(path);
+            continue;
+        }
+        for (fs::path& program : ProgramsOf(path))
+            programs.push_back(std::move(program));
+    }
+    return programs;
+}
+
+}  // namespace nomira::companion

@@ -1,0 +1,16 @@
+// The command line of the commands that only read.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+#include "apps/nomiractl/Commands.h"
+#include "apps/nomiractl/Options.h"
+
+namespace nomira::companion {
+
+// Adds them to `app`. Parsing fills `options`, and calls `choose` with the command that was given.
+void AddReadingCommands(CLI::App& app, Options& options,
+                        const std::function<void(Command)>& choose);
+
+}  // namespace nomira::companion
