@@ -23,6 +23,9 @@ const std::vector<std::string> kSubsystems{"langtools", "platform",   "ui/formla
 const std::set<std::string> kPortFolders{"langtools", "platform", "ui/formlayer", "database",
                                          "link"};
 
+// Files of this system, which adapters and programs share. It includes nothing else of src/.
+const std::string kNativeFiles = "nativefiles";
+
 // An adapter that stands on another one, with the reason.
 const std::set<std::pair<std::string, std::string>> kAdapterExceptions{};
 
@@ -81,9 +84,10 @@ std::string Verdict(const std::string& sFrom, const Include& include) {
         return to > from ? "the arrow points upwards" : "";
     }
     if (StartsWith(sFrom, "adapters/")) {
-        if (sTo == sFrom || kPortFolders.contains(sTo)) return "";
+        if (sTo == sFrom || sTo == kNativeFiles || kPortFolders.contains(sTo)) return "";
         return kAdapterExceptions.contains({sFrom, sTo}) ? "" : "an adapter uses ports alone";
     }
+    if (sFrom == kNativeFiles) return sTo == kNativeFiles ? "" : "it stands on the system alone";
     if (StartsWith(sFrom, "apps/")) return "";
     return "a folder that the house order does not know";
 }
@@ -118,7 +122,11 @@ TEST(IncludeOrderTest, WrongArrowsAreSeen) {
     EXPECT_NE(verdict("adapters/posix", "conversion/KeyScheme.h", false), "");
     EXPECT_NE(verdict("adapters/posix", "adapters/sqlite/SqliteEngine.h", false), "");
     EXPECT_NE(verdict("elsewhere", "langtools/Text.h", false), "");
+    EXPECT_NE(verdict("database", "nativefiles/Descriptor.h", false), "");
+    EXPECT_NE(verdict("nativefiles", "langtools/Text.h", false), "");
     EXPECT_EQ(verdict("frame/entry", "ui/StdForm.h", false), "");
+    EXPECT_EQ(verdict("adapters/rpc", "nativefiles/Descriptor.h", false), "");
+    EXPECT_EQ(verdict("nativefiles", "unistd.h", true), "");
     EXPECT_EQ(verdict("adapters/sqlite", "database/DatabaseEngine.h", false), "");
     EXPECT_EQ(verdict("adapters/sqlite", "sqlite3.h", true), "");
 }

@@ -7,11 +7,13 @@
 #include <string_view>
 #include <utility>
 
-#include "adapters/posix/Descriptor.h"
 #include "langtools/Text.h"
+#include "nativefiles/Descriptor.h"
 #include "platform/Files.h"
 
 namespace nomira::posix {
+
+using nativefiles::Descriptor;
 
 inline constexpr std::size_t kStreamBuffer = std::size_t{64} * 1024;
 

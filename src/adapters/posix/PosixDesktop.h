@@ -11,11 +11,13 @@
 #include <string>
 #include <vector>
 
-#include "adapters/posix/Descriptor.h"
 #include "langtools/Text.h"
+#include "nativefiles/Descriptor.h"
 #include "platform/Desktop.h"
 
 namespace nomira::posix {
+
+using nativefiles::Descriptor;
 
 // What another instance asks of the first one's window.
 struct WindowRequest {

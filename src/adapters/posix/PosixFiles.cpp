@@ -10,11 +10,11 @@
 #include <optional>
 #include <utility>
 
-#include "adapters/posix/Descriptor.h"
 #include "adapters/posix/FileStreams.h"
 #include "adapters/posix/NativeName.h"
 #include "langtools/BasicText.h"
 #include "langtools/RuntimeError.h"
+#include "nativefiles/Descriptor.h"
 #include "platform/FileNamePattern.h"
 
 namespace nomira::posix {

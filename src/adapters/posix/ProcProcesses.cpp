@@ -12,12 +12,14 @@
 #include <thread>
 #include <utility>
 
-#include "adapters/posix/Descriptor.h"
 #include "adapters/posix/NativeName.h"
 #include "langtools/BasicText.h"
+#include "nativefiles/Descriptor.h"
 
 namespace nomira::posix {
 namespace {
+
+using nativefiles::Descriptor;
 
 // Behind the link's path where the file was replaced while it ran.
 constexpr std::string_view kDeleted = " (deleted)";

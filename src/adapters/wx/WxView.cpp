@@ -110,6 +110,7 @@ void WxView::Refreshed(Control& control) {
 void WxView::ProcessPendingEvents() {
     ShowChanges();
     ++m_nYields;
+    CloseForms();
     m_loop.YieldFor(wxEVT_CATEGORY_ALL);
     --m_nYields;
     Rethrow();
@@ -176,16 +177,20 @@ void WxView::Act(const std::function<void()>& act) {
 void WxView::EndActs() {
     for (FormWindow* window : std::exchange(m_gone, {}))
         window->Destroy();
+    CloseForms();
+}
+
+void WxView::CloseForms() {
     for (FormWindow* window : std::exchange(m_closing, {})) {
         if (m_failure || !window->TheForm()) continue;
-        const Text sClass = window->TheForm()->Class();
-        Act([&] { UnloadForm(sClass); });
+        Act([window] { window->TheForm()->UserClose(); });
     }
 }
 
 void WxView::Close(FormWindow& window) {
     if (std::ranges::find(m_closing, &window) == m_closing.end()) m_closing.push_back(&window);
-    if (m_nActs == 0 && m_bRunning && !m_bPainting) EndActs();
+    const bool bServing = m_nYields > 0 || (m_bRunning && m_nActs == 0);
+    if (bServing && !m_bPainting) CloseForms();
 }
 
 void WxView::OnIdle(wxIdleEvent& event) {

@@ -60,7 +60,8 @@ class WxView : public View {
 
     // For the windows: runs what the user did, by the rule above.
     void Act(const std::function<void()>& act);
-    // For the windows: the user has closed the form. It unloads when no handler is at work.
+    // For the windows: the user has closed the form (Form::UserClose), which may have to wait until
+    // the user is served again.
     void Close(FormWindow& window);
 
   private:
@@ -73,6 +74,7 @@ class WxView : public View {
     void PaintAtOnce();
     void AwaitFirstPaint(const FormWindow& window);
     void EndActs();
+    void CloseForms();
     void Rethrow();
     void TellTitle(FormWindow& window);
     void TurnClocks();
@@ -88,7 +90,7 @@ class WxView : public View {
     wxTimer m_minute;
     std::vector<Shown> m_shown;
     std::vector<FormWindow*> m_gone;     // to be destroyed when no act runs
-    std::vector<FormWindow*> m_closing;  // to be unloaded when no act runs
+    std::vector<FormWindow*> m_closing;  // closed while nothing was served
     std::vector<EventSource> m_sources;
     std::vector<std::unique_ptr<Watch>> m_watches;
     std::exception_ptr m_failure;

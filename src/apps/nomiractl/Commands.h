@@ -46,6 +46,22 @@ ExitCode CheckFiles(const Options& options, Streams streams);
 ExitCode DiffNames(const Options& options, Streams streams);
 // Where programs use the signals.
 ExitCode CrossReference(const Options& options, Streams streams);
+// Gives one key a text, by the rules of a text file's line.
+ExitCode SetText(const Options& options, Streams streams);
+// Removes keys with their texts.
+ExitCode RemoveKeys(const Options& options, Streams streams);
+// A whole copy of the database into a new file.
+ExitCode BackUpDatabase(const Options& options, Streams streams);
+// The rows of such a copy back into the database.
+ExitCode RestoreDatabase(const Options& options, Streams streams);
+// Whether the database is whole.
+ExitCode VerifyDatabase(const Options& options, Streams streams);
+// The runs of the writing commands, the last one at the end.
+ExitCode ShowRuns(const Options& options, Streams streams);
+// Takes a run back, as a run of its own.
+ExitCode UndoRun(const Options& options, Streams streams);
+// Does what a saved plan says, if all is as it was when it was made.
+ExitCode ApplySavedPlan(const Options& options, Streams streams);
 
 // The names in a directory of the controller.
 ExitCode ListController(const Options& options, Streams streams);

@@ -10,6 +10,7 @@
 #include "apps/nomiractl/Commands.h"
 #include "apps/nomiractl/ControllerLink.h"
 #include "apps/nomiractl/DatabaseWork.h"
+#include "apps/nomiractl/Interrupt.h"
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/PrivateFolder.h"
 #include "apps/nomiractl/ReplaceFile.h"
@@ -83,10 +84,19 @@ class RobotPrograms {
                 m_link.Fetch(program.sName, m_folder.Path());
                 return ReadProgram(file);
             },
-            [&](const std::string& sBytes) {
-                ReplaceFile(file, sBytes);
+            [&](const RewritePlan& plan) {
+                const fs::path old = m_oldPrograms.Path() / file.filename();
+                fs::copy_file(file, old);
+                ReplaceFile(file, plan.sNewBytes);
+                m_sent.push_back(old);
                 m_link.Send(file);
             });
+    }
+
+    // For a run that is broken off. The controller finds each by its name again.
+    void SendBackOldOnes() {
+        for (const fs::path& old : m_sent)
+            m_link.Send(old);
     }
 
   private:
@@ -101,12 +111,15 @@ class RobotPrograms {
     ControllerLink& m_link;
     RewriteRun& m_run;
     PrivateFolder m_folder;
+    PrivateFolder m_oldPrograms;
+    std::vector<fs::path> m_sent;  // the old ones of those that the controller has new
     std::set<Text> m_worked;
 };
 
 }  // namespace
 
 ExitCode RewriteOnRobot(const Options& options, Streams streams) {
+    const InterruptWatch watch;
     Machine machine(options);
     machine.PrintWarnings(streams.err);
     // A database that can't be read would look like one without names.
@@ -115,8 +128,13 @@ ExitCode RewriteOnRobot(const Options& options, Streams streams) {
     ControllerLink link(machine.ControllerSocket());
     RewriteRun run(options, streams, machine.Boxes(), database);
     RobotPrograms robot(link, run);
-    for (const Program& program : options.bAll ? AllPrograms(link) : NamedPrograms(options))
-        robot.Rewrite(program);
+    try {
+        for (const Program& program : options.bAll ? AllPrograms(link) : NamedPrograms(options))
+            robot.Rewrite(program);
+    } catch (const Interruption&) {
+        robot.SendBackOldOnes();
+        throw;
+    }
     return run.Finish();
 }
 

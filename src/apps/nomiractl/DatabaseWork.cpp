@@ -72,12 +72,49 @@ std::vector<Item> DatabaseWork::ReadItems() {
     });
 }
 
+Rows DatabaseWork::ReadRows() {
+    return InWords([] {
+        OpenDatabase(kLongTextDatabase);
+        Rows rows = companion::ReadRows();
+        CloseDatabase();
+        return rows;
+    });
+}
+
+void DatabaseWork::ChangeRows(const std::vector<ItemChange>& changes) {
+    if (!AreBefore(changes, ReadRows()))
+        throw Refusal(
+            fmt::format("{}: what is to be changed there has been changed by others"
+                        " meanwhile; nothing was changed",
+                        m_path.string()));
+    InWords([&] {
+        OpenDatabase(kLongTextDatabase);
+        companion::ChangeRows(changes);
+        CloseDatabase();
+    });
+    if (!AreAfter(changes, ReadRows())) Refuse(u"the database doesn't keep what is written");
+}
+
 std::vector<Text> DatabaseWork::FindDamage() {
     return InWords([] {
         OpenDatabase(kLongTextDatabase);
         std::vector<Text> findings = Findings();
         CloseDatabase();
         return findings;
+    });
+}
+
+bool DatabaseWork::HasLostMessages() {
+    return InWords([] {
+        OpenDatabase(kLongTextDatabase);
+        const OpenRecordset rows(
+            u"SELECT Messages.Key_id FROM Messages LEFT JOIN Items ON"
+            u" Messages.Key_id = Items.Key_id WHERE Items.Key_id IS NULL",
+            g_Connection.get(), CursorKind::Static, LockKind::ReadOnly);
+        const bool bSome = !rows->Eof();
+        rows->Close();
+        CloseDatabase();
+        return bSome;
     });
 }
 

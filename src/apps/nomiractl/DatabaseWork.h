@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "apps/nomiractl/DatabaseRows.h"
 #include "apps/nomiractl/FileChecks.h"
 #include "apps/nomiractl/LongTexts.h"
 #include "apps/nomiractl/OneConnectionEngine.h"
@@ -20,6 +21,13 @@ class DatabaseWork {
     // What is in it now. Throws Refusal for a file without the tables.
     std::vector<Item> ReadItems();
 
+    // The same with the rows of all languages, as they stand.
+    Rows ReadRows();
+    // Makes a plan's changes. Throws Refusal if the rows are not as they were planned with.
+    void ChangeRows(const std::vector<ItemChange>& changes);
+
+    // Messages without an item, as the engine's own check tells them.
+    bool HasLostMessages();
     // What the engine's own check finds wrong with the file; empty for a sound one.
     std::vector<Text> FindDamage();
 

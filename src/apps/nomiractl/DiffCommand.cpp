@@ -114,7 +114,7 @@ struct Row {
 
 // The keys of both sides in one order. A side of programs shows only some keys, and is compared in
 // these alone.
-std::vector<Row> Rows(const Side& left, const Side& right) {
+std::vector<Row> CompareSides(const Side& left, const Side& right) {
     std::vector<Row> rows;
     const bool bPrograms = left.bPrograms || right.bPrograms;
     for (const auto& [key, uses] : left.names) {
@@ -249,7 +249,7 @@ void PrintJson(const Side& left, const Side& right, const std::vector<Row>& rows
 ExitCode DiffNames(const Options& options, Streams streams) {
     const Side left = ReadSide(options, options.oldSide, streams.err);
     const Side right = ReadSide(options, options.newSide, streams.err);
-    const std::vector<Row> rows = Rows(left, right);
+    const std::vector<Row> rows = CompareSides(left, right);
     const bool bDiffers =
         std::any_of(rows.begin(), rows.end(), [](const Row& row) { return row.Differs(); });
     if (options.bJson)

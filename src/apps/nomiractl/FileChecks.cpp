@@ -35,11 +35,15 @@ void RequireReadable(const fs::path& path) {
 }
 
 // Nobody's write bit keeps the superuser out as well: the database adapter sees it so.
-void RequireWritable(const fs::path& path, const fs::file_status& status) {
+bool IsWritable(const fs::path& path, const fs::file_status& status) {
     constexpr fs::perms kAnyoneWrites =
         fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
     const bool bWritable = (status.permissions() & kAnyoneWrites) != fs::perms::none;
-    if (bWritable && ::access(path.c_str(), W_OK) == 0) return;
+    return bWritable && ::access(path.c_str(), W_OK) == 0;
+}
+
+void RequireWritable(const fs::path& path, const fs::file_status& status) {
+    if (IsWritable(path, status)) return;
     throw Refusal(
         fmt::format("{0}: the database is read-only; allow it with: chmod u+w {0}", path.string()),
         ExitCode::Database);
@@ -57,6 +61,14 @@ void RefuseAccessFile(const fs::path& path) {
 }
 
 }  // namespace
+
+void RequireWritable(const fs::path& path) {
+    const fs::file_status status = StatusOf(path);
+    if (!fs::is_regular_file(status)) throw Refusal("not a plain file", ExitCode::Files);
+    if (IsWritable(path, status)) return;
+    throw Refusal(fmt::format("the file is read-only; allow it with: chmod u+w {}", path.string()),
+                  ExitCode::Files);
+}
 
 void CheckTextFile(const fs::path& path) {
     const fs::file_status status = StatusOf(path);

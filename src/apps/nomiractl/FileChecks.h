@@ -9,6 +9,9 @@ namespace nomira::companion {
 // A file that can be read, to be imported.
 void CheckTextFile(const std::filesystem::path& path);
 
+// A program that can be changed.
+void RequireWritable(const std::filesystem::path& path);
+
 enum class DatabaseUse { Read, Write };
 
 // A file that may be a database and may be used so. Opens and closes it, so that it must not be

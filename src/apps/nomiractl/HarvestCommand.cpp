@@ -6,9 +6,12 @@
 #include <vector>
 
 #include "apps/nomiractl/Commands.h"
-#include "apps/nomiractl/DatabaseWork.h"
+#include "apps/nomiractl/DatabaseRun.h"
 #include "apps/nomiractl/FileChecks.h"
+#include "apps/nomiractl/Interrupt.h"
 #include "apps/nomiractl/Machine.h"
+#include "apps/nomiractl/PlanViews.h"
+#include "apps/nomiractl/Runs.h"
 #include "apps/nomiractl/Words.h"
 #include "database/adoModul.h"
 #include "ui/NomiraMain.h"
@@ -72,7 +75,7 @@ void Show(const Options& options, const ByClass<ClassChanges>& changes, std::ost
                             {"unchanged", changes[n].nUnchanged},
                             {"removed", changes[n].nRemoved}});
         out << nlohmann::ordered_json{{"file", options.file.string()},
-                                      {"dry_run", options.bDryRun},
+                                      {"dry_run", OnlyLooks(options)},
                                       {"signals", CountHarvested()},
                                       {"classes", json}}
                    .dump(2)
@@ -81,8 +84,8 @@ void Show(const Options& options, const ByClass<ClassChanges>& changes, std::ost
     }
     if (options.bQuiet) return;
     fmt::print(out, "{}: {} signals{}\n\n{:<24}{:>8}{:>9}{:>11}{:>9}\n", options.file.string(),
-               CountHarvested(), options.bDryRun ? " (dry run, nothing was changed)" : "", "class",
-               "added", "changed", "unchanged", "removed");
+               CountHarvested(), OnlyLooks(options) ? " (dry run, nothing was changed)" : "",
+               "class", "added", "changed", "unchanged", "removed");
     for (std::size_t n = 0; n < changes.size(); ++n)
         fmt::print(out, "{:<24}{:>8}{:>9}{:>11}{:>9}\n", Utf8(ClassRowName(n)), changes[n].nAdded,
                    changes[n].nChanged, changes[n].nUnchanged, changes[n].nRemoved);
@@ -91,11 +94,13 @@ void Show(const Options& options, const ByClass<ClassChanges>& changes, std::ost
 }  // namespace
 
 ExitCode HarvestAssignments(const Options& options, Streams streams) {
+    const InterruptWatch interrupts;
     CheckTextFile(options.file);
+    const std::optional<Journal> journal = JournalFor(options, streams.err);
     Machine machine(options);
     machine.PrintWarnings(streams.err);
     DatabaseWork database(machine.Database(), machine.Engine(), DatabaseUse::Write);
-    const LongTexts before = GroupByName(database.ReadItems());
+    const Rows before = database.ReadRows();
     const HarvestForms forms(options);
     if (!HarvestFile(CorePath(options.file)))
         throw Refusal(
@@ -109,12 +114,11 @@ ExitCode HarvestAssignments(const Options& options, Streams streams) {
                    Shown(sKey));
     if (!watch.Lost().empty()) return ExitCode::Refused;
     database.RequireNoFailure();
-    const auto changes = Compare(before, GroupByName(database.ReadItems()));
-    if (!options.bDryRun) {
-        database.Commit();
-        machine.ReleaseNotice();
-    }
-    Show(options, changes, streams.out);
+    const Rows after = database.ReadRows();
+    Plan plan = PlanOnDatabase(options, machine, Difference(before, after));
+    EndDatabaseRun(plan, before, options.file, options, journal, machine, database);
+    if (options.bDiff) PrintDiff(plan, streams.out);
+    Show(options, Compare(GroupByName(before), GroupByName(after)), streams.out);
     return ExitCode::Done;
 }
 

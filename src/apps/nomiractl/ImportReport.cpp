@@ -32,13 +32,6 @@ const ReasonWords& WordsOf(PassedOver reason) {
                          [reason](const ReasonWords& words) { return words.reason == reason; });
 }
 
-std::string FailureReason(const ImportReport& report, StoreOutcome outcome) {
-    if (outcome != StoreOutcome::NoMessage) return "the database refused the text";
-    const std::string sReason =
-        "the database has this key without a message, so that its text would be lost";
-    return report.bOverwrite ? sReason : sReason + "; import with --overwrite to make it anew";
-}
-
 std::int64_t CountReason(const ImportReport& report, PassedOver reason) {
     return std::count_if(report.passedOver.begin(), report.passedOver.end(),
                          [reason](const auto& line) { return line.reason == reason; });
@@ -94,6 +87,21 @@ void PrintHintAtOtherForm(const ImportReport& report, std::ostream& out) {
 
 }  // namespace
 
+const char* ReasonCode(PassedOver reason) {
+    return WordsOf(reason).sCode;
+}
+
+const char* ReasonInWords(PassedOver reason) {
+    return WordsOf(reason).sWords;
+}
+
+std::string FailureReason(const ImportReport& report, StoreOutcome outcome) {
+    if (outcome != StoreOutcome::NoMessage) return "the database refused the text";
+    const std::string sReason =
+        "the database has this key without a message, so that its text would be lost";
+    return report.bOverwrite ? sReason : sReason + "; import with --overwrite to make it anew";
+}
+
 void PrintFailures(const ImportReport& report, std::ostream& err) {
     const std::size_t nShown = std::min(report.failed.size(), kMostFailuresShown);
     for (std::size_t n = 0; n < nShown; ++n) {
@@ -136,7 +144,7 @@ nlohmann::ordered_json ReportAsJson(const ImportReport& report) {
     json["passed_over"] = nlohmann::ordered_json::array();
     for (const ImportReport::PassedLine& line : report.passedOver)
         json["passed_over"].push_back({{"line", line.nLine},
-                                       {"reason", WordsOf(line.reason).sCode},
+                                       {"reason", ReasonCode(line.reason)},
                                        {"text", Utf8(line.sLine)}});
     json["failed"] = nlohmann::ordered_json::array();
     for (const ImportReport::FailedLine& line : report.failed)

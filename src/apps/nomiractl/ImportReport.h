@@ -2,9 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "apps/nomiractl/LongTexts.h"
@@ -31,11 +33,18 @@ struct ImportReport {
     bool bOverwrite = false;
     bool bDryRun = false;
 
-    ByClass<int> lines{};             // stored, by class
-    ByClass<ClassChanges> changes{};  // of the database
+    ByClass<int> lines{};                                      // stored, by class
+    ByClass<ClassChanges> changes{};                           // of the database
+    std::map<std::pair<Text, Text>, std::int64_t> storedAt{};  // the last line by module and key
     std::vector<PassedLine> passedOver{};
     std::vector<FailedLine> failed{};
 };
+
+// The reason as a stable word, and for people.
+const char* ReasonCode(PassedOver reason);
+const char* ReasonInWords(PassedOver reason);
+// Why a line could not be stored.
+std::string FailureReason(const ImportReport& report, StoreOutcome outcome);
 
 // The lines that could not be stored, as "nomiractl: FILE:LINE: KEY: why"; nothing if there are
 // none.

@@ -115,6 +115,11 @@ void Machine::TakeRegistry(const fs::path& file) {
     m_parts->BecomePlatform();
 }
 
+void Machine::TellOfChange() {
+    NotifyDatabaseChanged();
+    ReleaseNotice();
+}
+
 void Machine::ReleaseNotice() {
     m_parts->notice.Release();
 }

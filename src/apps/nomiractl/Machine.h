@@ -38,6 +38,9 @@ class Machine {
     // What the settings' files have that can't be understood.
     void PrintWarnings(std::ostream& err) const;
 
+    // Gives the notice to the controller's database process that something was changed past the
+    // passes.
+    void TellOfChange();
     // Passes on the notice to the controller's database process that the passes gave; until then
     // it is held back.
     void ReleaseNotice();

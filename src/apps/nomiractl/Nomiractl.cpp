@@ -15,8 +15,10 @@
 #include "apps/nomiractl/Commands.h"
 #include "apps/nomiractl/Completion.h"
 #include "apps/nomiractl/HelpText.h"
+#include "apps/nomiractl/Interrupt.h"
 #include "apps/nomiractl/ReadingCommandLine.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WritingCommandLine.h"
 #include "langtools/RuntimeError.h"
 
 namespace nomira::companion {
@@ -59,11 +61,13 @@ class Arguments {
         AddHarvest();
         AddController();
         AddReadingCommands(m_app, m_options, [this](Command command) { m_command = command; });
+        AddWritingCommands(m_app, m_options, [this](Command command) { m_command = command; });
         AddCommandsOnItself();
     }
 
     void Parse(std::vector<std::string> args) {
         m_args = args;
+        m_options.words = args;
         std::reverse(args.begin(), args.end());  // as the parser wants them
         m_app.parse(args);
         if (m_options.bJson && m_command == ExportTextFile && m_options.file == "-")
@@ -146,6 +150,7 @@ class Arguments {
         CLI::App* info =
             Add(*db, "info", "Tell what a database holds and whether it is whole", ShowDatabase);
         info->add_option("PATH", m_options.database, "The database (default: as for --db)");
+        AddDatabaseKeeping(*db, m_options, [this](Command command) { m_command = command; });
     }
 
     void AddImport() {
@@ -157,6 +162,8 @@ class Arguments {
                          "First remove what the file replaces: all signals if it has any, all"
                          " welding channels if it has any");
         import->add_flag("--dry-run", m_options.bDryRun, "Report, but change nothing");
+        import->add_flag("--diff", m_options.bDiff, "Show the texts that go and come");
+        AddPlanOptions(*import, m_options);
     }
 
     void AddExport() {
@@ -175,6 +182,8 @@ class Arguments {
                          "Programs, or directories of which all *.src files are taken")
             ->required();
         AddRewriteFlags(*command);
+        AddPlanOptions(*command, m_options);
+        AddAtomicOption(*command, m_options);
     }
 
     void AddRewriteFlags(CLI::App& command) {
@@ -196,6 +205,8 @@ class Arguments {
         command->add_flag("--with-symbols", m_options.bWithSymbols,
                           "Keep comments of the form \"symbol ; text\" whole");
         command->add_flag("--dry-run", m_options.bDryRun, "Report, but change nothing");
+        command->add_flag("--diff", m_options.bDiff, "Show the texts that go and come");
+        AddPlanOptions(*command, m_options);
     }
 
     void AddController() {
@@ -253,6 +264,9 @@ ExitCode Guarded(const Arguments& arguments, Streams streams) {
     } catch (const Refusal& refusal) {
         fmt::print(streams.err, "nomiractl: {}\n", refusal.what());
         return refusal.Exit();
+    } catch (const Interruption& interruption) {
+        fmt::print(streams.err, "nomiractl: {}\n", interruption.what());
+        return ExitCode::Interrupted;
     } catch (const RuntimeError& error) {
         fmt::print(streams.err, "nomiractl: {}\n", Shown(error.Description()));
         return ExitOf(error);

@@ -1,11 +1,13 @@
 #include "apps/nomiractl/OneConnectionEngine.h"
 
+#include "apps/nomiractl/Interrupt.h"
 #include "langtools/RuntimeError.h"
 
 namespace nomira::companion {
 
 template <typename Call>
 decltype(auto) OneConnectionEngine::Watch(Call call) {
+    if (!m_bEnding) RequireNoInterrupt();
     try {
         return call();
     } catch (const RuntimeError& error) {
@@ -121,12 +123,15 @@ void OneConnectionEngine::Begin() {
 }
 
 void OneConnectionEngine::Commit() {
+    RequireNoInterrupt();
+    m_bEnding = true;
     Watch([this] { Inner().CommitTrans(); });
     m_bTransaction = false;
     m_connection.reset();
 }
 
 void OneConnectionEngine::Rollback() {
+    m_bEnding = true;
     m_bTransaction = false;
     Watch([this] { Inner().RollbackTrans(); });
 }

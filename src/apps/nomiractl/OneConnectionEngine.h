@@ -1,6 +1,7 @@
 // A database engine that makes one piece of work out of a pass: whatever the core opens and closes
 // in between, one connection stays open underneath, and a transaction over all of it can be begun.
-// It also keeps the failures that the core traps.
+// It also keeps the failures that the core traps, and lets an interrupt out between two calls, as
+// an Interruption, which the core doesn't trap.
 #pragma once
 
 #include <memory>
@@ -50,6 +51,7 @@ class OneConnectionEngine : public DatabaseEngine {
     std::unique_ptr<Connection> m_connection;
     Text m_sConnectionText;
     bool m_bTransaction = false;
+    bool m_bEnding = false;  // too late for an interrupt
     std::optional<Text> m_sFailure;
 };
 

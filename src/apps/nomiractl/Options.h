@@ -33,11 +33,18 @@ struct Options {
     std::string sColour = "auto";         // auto, always, never
     bool bPredict = false;                // foretell what becomes of each line
     bool bListRules = false;
-    bool bUnnamed = false;  // signals that programs use and that have no name
-    bool bUnused = false;   // names that no program uses
-    bool bEmpty = false;    // keys without a text alone
-    bool bFilled = false;   // keys with a text alone
-    bool bAll = false;      // every program of the controller
+    bool bUnnamed = false;                  // signals that programs use and that have no name
+    bool bUnused = false;                   // names that no program uses
+    bool bEmpty = false;                    // keys without a text alone
+    bool bFilled = false;                   // keys with a text alone
+    bool bAll = false;                      // every program of the controller
+    std::filesystem::path planFile;         // where the plan is saved instead of applied
+    std::optional<std::size_t> maxChanges;  // names and lines
+    std::string atomic;                     // "in-place" or "rename"; empty: the usual way
+    std::string key;                        // whose text is set
+    std::string text;                       // UTF-8
+    std::optional<int> run;                 // to be taken back; none: the last one
+    std::vector<std::string> words;         // of the command line, as they were given
     bool bDirectories = false;
     bool bForce = false;  // write over what is there
     bool bOverwrite = false;

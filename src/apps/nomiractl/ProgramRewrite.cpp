@@ -92,6 +92,7 @@ RewritePlan PlanRewrite(std::string_view bytes, CollectingDesktop& desktop) {
     std::int64_t nLine = 0;
     for (const ProgramLine& line : CutLines(bytes)) {
         ++nLine;
+        const auto nPlace = static_cast<std::size_t>(line.body.data() - bytes.data());
         const Text sOld = SystemCodePage().Decode(line.body);
         Text sNew;
         try {
@@ -108,10 +109,30 @@ RewritePlan PlanRewrite(std::string_view bytes, CollectingDesktop& desktop) {
             plan.sNewBytes.append(line.body).append(line.end);
             continue;
         }
-        plan.changes.push_back({nLine, std::string(line.body), SystemCodePage().Encode(sNew)});
+        plan.changes.push_back(
+            {nLine, std::string(line.body), SystemCodePage().Encode(sNew), nPlace});
         plan.sNewBytes.append(plan.changes.back().sNew).append(line.end);
     }
     return plan;
+}
+
+std::vector<LineChange> LineChanges(std::string_view bytes,
+                                    const std::vector<BytesChange>& pieces) {
+    const std::vector<ProgramLine> lines = CutLines(bytes);
+    std::vector<LineChange> changes;
+    if (lines.empty()) return changes;
+    auto line = lines.begin();
+    std::size_t nPlace = 0;
+    std::int64_t nLine = 1;
+    for (const BytesChange& piece : pieces) {
+        const auto nSize = [&] { return line->body.size() + line->end.size(); };
+        for (; line + 1 != lines.end() && piece.nPlace >= nPlace + nSize(); ++line, ++nLine)
+            nPlace += nSize();
+        std::string sNew(line->body);
+        sNew.replace(std::min(piece.nPlace - nPlace, sNew.size()), piece.sOld.size(), piece.sNew);
+        changes.push_back({nLine, std::string(line->body), std::move(sNew), nPlace});
+    }
+    return changes;
 }
 
 std::string UnifiedDiff(std::string_view sName, std::string_view bytes,

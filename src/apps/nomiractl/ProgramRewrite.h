@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "apps/nomiractl/CollectingDesktop.h"
+#include "apps/nomiractl/Plan.h"
 #include "langtools/Text.h"
 
 namespace nomira::companion {
@@ -25,6 +26,7 @@ struct LineChange {
     std::int64_t nLine;  // one-based
     std::string sOld;    // bytes of the file, without the line end
     std::string sNew;
+    std::size_t nPlace;  // of the line's first byte in the file, zero-based
 };
 
 // Something to tell about a line: a name that the controller would refuse, or why the whole
@@ -47,6 +49,9 @@ struct RewritePlan {
 // with message boxes turned into findings. `desktop` must be the platform's desktop. A line ends at
 // CR LF or a lone CR.
 RewritePlan PlanRewrite(std::string_view bytes, CollectingDesktop& desktop);
+
+// The lines of a program that pieces of a plan lie in, one piece in each.
+std::vector<LineChange> LineChanges(std::string_view bytes, const std::vector<BytesChange>& pieces);
 
 // The changes as a unified diff with three lines around them; empty without a change. The names
 // stand in the head, as "--- a/NAME". Bytes are passed on as they are.

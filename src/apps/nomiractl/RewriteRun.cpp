@@ -8,6 +8,7 @@
 #include <sstream>
 #include <utility>
 
+#include "apps/nomiractl/Interrupt.h"
 #include "apps/nomiractl/Words.h"
 
 namespace nomira::companion {
@@ -71,6 +72,7 @@ std::string ReadProgram(const fs::path& path) {
 }
 
 void RewriteRun::Rewrite(const std::string& sName, const Read& read, const Write& write) {
+    RequireNoInterrupt();
     ProgramReport report{sName, {}, {}, {}};
     try {
         const std::string sBytes = read();
@@ -78,7 +80,8 @@ void RewriteRun::Rewrite(const std::string& sName, const Read& read, const Write
         m_database.RequireNoFailure();
         report.plan = std::move(plan);
         if (m_options.bDiff) m_streams.out << UnifiedDiff(sName, sBytes, report.plan.changes);
-        if (!report.plan.changes.empty() && ChangesPrograms()) write(report.plan.sNewBytes);
+        if (!report.plan.changes.empty() && WantsPlans()) write(report.plan);
+        std::string().swap(report.plan.sNewBytes);  // an assignment would keep the room
     } catch (const Refusal& refusal) {
         report.failure = refusal.what();
         report.exit = refusal.Exit();

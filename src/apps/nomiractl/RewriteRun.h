@@ -31,10 +31,11 @@ class RewriteRun {
         : m_options(options), m_streams(streams), m_desktop(desktop), m_database(database) {}
 
     using Read = std::function<std::string()>;
-    using Write = std::function<void(const std::string& sBytes)>;
+    // May take the plan's bytes and lines with it; the lines' numbers must stay.
+    using Write = std::function<void(RewritePlan& plan)>;
 
-    // Rewrites the bytes that `read` gives, and hands them to `write` if they have changed and the
-    // options want more than a look. A Refusal of either is this program's failure, and so is a
+    // Rewrites the bytes that `read` gives, and hands the plan to `write` if they have changed and
+    // the options want more than a look. A Refusal of either is this program's failure, and so is a
     // database that has failed: a name that can't be read would look like one that is empty.
     // Findings and the diff are shown at once.
     void Rewrite(const std::string& sName, const Read& read, const Write& write);
@@ -45,7 +46,10 @@ class RewriteRun {
     ExitCode Finish() const;
 
   private:
-    bool ChangesPrograms() const { return !m_options.bDryRun && !m_options.bCheck; }
+    bool ChangesPrograms() const {
+        return !m_options.bDryRun && !m_options.bCheck && m_options.planFile.empty();
+    }
+    bool WantsPlans() const { return ChangesPrograms() || !m_options.planFile.empty(); }
     void Add(ProgramReport report);
     void PrintJson() const;
     void PrintSummary() const;

@@ -23,7 +23,7 @@
 namespace nomira::simulator {
 namespace {
 
-using posix::Descriptor;
+using nativefiles::Descriptor;
 using Parts = std::vector<Text>;
 using PartsView = std::span<const Text>;
 

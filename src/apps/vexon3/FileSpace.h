@@ -13,8 +13,8 @@
 #include <string_view>
 #include <vector>
 
-#include "adapters/posix/Descriptor.h"
 #include "langtools/Text.h"
+#include "nativefiles/Descriptor.h"
 
 namespace nomira::simulator {
 
@@ -44,7 +44,7 @@ class FileSpace {
     std::vector<Text> AllFiles() const;
 
   private:
-    posix::Descriptor m_folder;
+    nativefiles::Descriptor m_folder;
 };
 
 }  // namespace nomira::simulator

@@ -1,5 +1,7 @@
 // The three forms in their states: what is on the screen is what the form objects have. A
 // screenshot of each state goes into the build's folder of screenshots.
+#include <malloc.h>
+
 #include "WindowFixture.h"
 #include "adapters/memory/PlayedUser.h"
 #include "adapters/memory/ScriptedLinkLibrary.h"
@@ -83,6 +85,24 @@ TEST_F(FormWindowsTest, TheDesktopForm) {
                 {u"chkBoxSelAll", -1, "desktop-select-all"},
                 {u"cmdView", -1, "desktop-view"},
                 {u"cmdExit", -1, "desktop-after-view"}});
+}
+
+// The sanitizers tell of leaks besides; here it is what stays in use.
+TEST_F(FormWindowsTest, ViewsOpenedOverAndOverKeepNoMemory) {
+    Form& form = Show<NomiraMain>();
+    memory::PlayedUser user(form);
+    const auto open = [&](int nTimes) {
+        for (int n = 0; n < nTimes; ++n) {
+            for (const TextView sButton : {u"cmdView", u"cmdExit"}) {
+                user.Click(sButton);
+                view->ProcessPendingEvents();
+            }
+        }
+        return mallinfo2().uordblks;
+    };
+    const std::size_t nBefore = open(50);
+    const std::size_t nAfter = open(200);
+    EXPECT_LT(nAfter, nBefore + 200 * 1024);
 }
 
 TEST_F(FormWindowsTest, TheDesktopFormWithALink) {

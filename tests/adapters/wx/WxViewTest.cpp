@@ -14,6 +14,7 @@
 #include "adapters/wx/NativeStyle.h"
 #include "adapters/wx/PendantKeyTable.h"
 #include "adapters/wx/WxDesktop.h"
+#include "langtools/ProgramEnd.h"
 #include "langtools/RuntimeError.h"
 #include "testing/Raised.h"
 #include "ui/FormAccess.h"
@@ -109,18 +110,34 @@ TEST_F(WxViewTest, TheCloseBoxUnloadsTheFormAndEndsTheLoop) {
     EXPECT_EQ(FindForm(u"Plain"), nullptr);
 }
 
-TEST_F(WxViewTest, TheCloseBoxWaitsForTheHandlerAtWork) {
+// A close in the middle of a pass comes out of the next look for events, and the form outlives it.
+TEST_F(WxViewTest, TheCloseBoxEndsTheProgramInsideAHandler) {
     PlainForm& form = Show();
-    bool bStillThere = false;
+    bool bStillThere = false, bAfterPass = false;
     form.button.onClick = [&] {
         view->FrameOf(form)->Close();
-        view->ProcessPendingEvents();
         bStillThere = FindForm(u"Plain") == &form;
+        view->ProcessPendingEvents();
+        bAfterPass = true;
     };
     PressSoon();
-    view->RunEventLoop();
+    EXPECT_THROW(view->RunEventLoop(), ProgramEnd);
     EXPECT_TRUE(bStillThere);
-    EXPECT_EQ(FindForm(u"Plain"), nullptr);
+    EXPECT_FALSE(bAfterPass);
+    EXPECT_EQ(FindForm(u"Plain"), &form);
+}
+
+TEST_F(WxViewTest, AWindowThatIsClosedWhileAHandlerLetsEventsThroughEndsTheProgram) {
+    PlainForm& form = Show();
+    bool bAfterPass = false;
+    form.button.onClick = [&] {
+        wxTheApp->CallAfter([&] { view->FrameOf(form)->Close(); });
+        Settle();
+        bAfterPass = true;
+    };
+    PressSoon();
+    EXPECT_THROW(view->RunEventLoop(), ProgramEnd);
+    EXPECT_FALSE(bAfterPass);
 }
 
 TEST_F(WxViewTest, TheLoopGoesOnWhileAnotherFormIsThere) {

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace nomira::posix {
+namespace nomira::nativefiles {
 
 class Descriptor {
   public:
@@ -33,4 +33,4 @@ class Descriptor {
     int m_nFd = -1;
 };
 
-}  // namespace nomira::posix
+}  // namespace nomira::nativefiles

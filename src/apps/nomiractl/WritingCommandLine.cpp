@@ -1,0 +1,103 @@
+#include "apps/nomiractl/WritingCommandLine.h"
+
+namespace nomira::companion {
+namespace {
+
+using Choose = std::function<void(Command)>;
+
+CLI::App& Add(CLI::App& parent, const char* sName, const char* sWhat, Command command,
+              const Choose& choose) {
+    CLI::App* sub = parent.add_subcommand(sName, sWhat);
+    sub->callback([choose, command] { choose(command); });
+    return *sub;
+}
+
+void AddLooks(CLI::App& command, Options& options) {
+    command.add_flag("--dry-run", options.bDryRun, "Report, but change nothing");
+    command.add_flag("--diff", options.bDiff, "Show what goes and what comes");
+}
+
+void AddSet(CLI::App& app, Options& options, const Choose& choose) {
+    CLI::App& set = Add(app, "set", "Give a key a text, by the rules of a line of a text file",
+                        SetText, choose);
+    set.add_option("KEY", options.key, "The key, as IN_5")->required();
+    set.add_option("TEXT", options.text, "Its text; \"\" for none")->required();
+    AddLooks(set, options);
+    AddPlanOptions(set, options);
+}
+
+void AddRemove(CLI::App& app, Options& options, const Choose& choose) {
+    CLI::App& rm = Add(app, "rm", "Remove keys with their texts", RemoveKeys, choose);
+    rm.add_option("KEY", options.keys, "Keys and ranges: IN_5, IN_1..IN_40")->required();
+    AddLooks(rm, options);
+    AddPlanOptions(rm, options);
+}
+
+void AddUndo(CLI::App& app, Options& options, const Choose& choose) {
+    CLI::App& undo =
+        Add(app, "undo", "Take a run back: programs and texts are as they were before it", UndoRun,
+            choose);
+    undo.add_option("RUN", options.run,
+                    "The number of the run, as log shows it (default: the last one that is not"
+                    " taken back yet)")
+        ->check(CLI::PositiveNumber);
+    AddLooks(undo, options);
+    AddAtomicOption(undo, options);
+}
+
+void AddApply(CLI::App& app, Options& options, const Choose& choose) {
+    CLI::App& apply =
+        Add(app, "apply",
+            "Do what a saved plan says, if everything is as it was when the plan was made",
+            ApplySavedPlan, choose);
+    apply.add_option("PLAN", options.file, "A file that --plan has written")->required();
+    AddLooks(apply, options);
+    AddAtomicOption(apply, options);
+}
+
+}  // namespace
+
+void AddDatabaseKeeping(CLI::App& db, Options& options, const Choose& choose) {
+    Add(db, "backup", "Write a whole copy of the database to a new file", BackUpDatabase, choose)
+        .add_option("FILE", options.file, "The file to make; must not exist")
+        ->required();
+    CLI::App& restore =
+        Add(db, "restore", "Make the database's rows those of a backup; undo takes it back",
+            RestoreDatabase, choose);
+    restore.add_option("FILE", options.file, "The backup")->required();
+    AddLooks(restore, options);
+    AddPlanOptions(restore, options);
+    Add(db, "verify", "Tell whether a database is whole; exit status 5 if not", VerifyDatabase,
+        choose)
+        .add_option("PATH", options.database, "The database (default: as for --db)");
+}
+
+void AddPlanOptions(CLI::App& command, Options& options) {
+    command
+        .add_option("--plan", options.planFile,
+                    "Change nothing, but save what would be done, for: nomiractl apply FILE")
+        ->type_name("FILE");
+    command
+        .add_option("--max-changes", options.maxChanges,
+                    "Change nothing if more than N names or lines would change")
+        ->type_name("N");
+}
+
+void AddAtomicOption(CLI::App& command, Options& options) {
+    command
+        .add_option("--atomic", options.atomic,
+                    "How programs are written: in-place keeps inode and links, rename puts a new"
+                    " file in the place of the old one")
+        ->type_name("WAY")
+        ->check(CLI::IsMember({"in-place", "rename"}));
+}
+
+void AddWritingCommands(CLI::App& app, Options& options, const Choose& choose) {
+    AddSet(app, options, choose);
+    AddRemove(app, options, choose);
+    Add(app, "log", "List the runs that have changed something", ShowRuns, choose);
+    AddUndo(app, options, choose);
+    AddApply(app, options, choose);
+}
+
+}  // namespace nomira::companion
