@@ -11,6 +11,8 @@
 namespace nomira::wx {
 namespace {
 
+constexpr std::uint32_t kDisabledWriting = 0x787878;
+
 wxColour ToWx(std::uint32_t nColour) {
     return {static_cast<unsigned char>(nColour >> 16), static_cast<unsigned char>(nColour >> 8),
             static_cast<unsigned char>(nColour)};
@@ -54,12 +56,13 @@ void Peer::Sync() {
     if (m_window->IsShown() != m_control.Visible()) m_window->Show(m_control.Visible());
 }
 
-// A told colour is light, so what is written on it is black in every theme.
+// A told colour is light, so what is written on it is dark in every theme.
 void Peer::SyncColours() {
-    if (m_bColoured) return;
-    m_bColoured = true;
+    if (m_shownEnabled == m_control.Enabled()) return;
+    m_shownEnabled = m_control.Enabled();
     if (m_control.BackColour()) m_window->SetBackgroundColour(ToWx(*m_control.BackColour()));
-    if (ColourBehind(m_control)) m_window->SetForegroundColour(*wxBLACK);
+    if (ColourBehind(m_control))
+        m_window->SetForegroundColour(m_control.Enabled() ? *wxBLACK : ToWx(kDisabledWriting));
 }
 
 void Peer::Act(const std::function<void()>& act) {

@@ -51,7 +51,7 @@ class Peer {
     Control& m_control;
     wxWindow* m_window = nullptr;
     std::optional<Font> m_shownFont;
-    bool m_bColoured = false;
+    std::optional<bool> m_shownEnabled;
 };
 
 // A peer whose control is of the kind.

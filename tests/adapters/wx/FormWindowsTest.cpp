@@ -153,6 +153,18 @@ TEST_F(FormWindowsTest, ThePendantFormOfVw) {
                 {u"StatKeyL", 2, "pendant-vw-option2"}});
 }
 
+TEST_F(FormWindowsTest, WhatIsDisabledIsWrittenInGreyOnATintedForm) {
+    Form& form = ShowPendant(u"VW");
+    const auto written = [&](TextView sControl) {
+        view->ShowChanges();
+        return view->WindowOf(form.Get<Control>(sControl))->GetForegroundColour();
+    };
+    EXPECT_EQ(written(u"Option1"), *wxBLACK);
+    EXPECT_NE(written(u"chkBoxSymbol"), *wxBLACK);
+    form.Get<Control>(u"chkBoxSymbol").SetEnabled(true);
+    EXPECT_EQ(written(u"chkBoxSymbol"), *wxBLACK);
+}
+
 TEST_F(FormWindowsTest, ThePendantFormWithoutADatabase) {
     db.RemoveFile();
     Form& form = ShowPendant(u"another");
