@@ -10,7 +10,6 @@ namespace {
 constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
 
 volatile sig_atomic_t g_bInterrupted = 0;
-std::array<struct sigaction, kSignals.size()> g_before{};
 struct sigaction g_fileSizeBefore {};
 
 void KeepSignal(int /*nSignal*/) {
@@ -24,9 +23,10 @@ InterruptWatch::InterruptWatch() {
     struct sigaction keep {};
     keep.sa_handler = KeepSignal;
     keep.sa_flags = SA_RESETHAND | SA_RESTART;
-    for (std::size_t n = 0; n < kSignals.size(); ++n) {
-        sigaction(kSignals[n], nullptr, &g_before[n]);
-        if (g_before[n].sa_handler != SIG_IGN) sigaction(kSignals[n], &keep, nullptr);
+    for (const int nSignal : kSignals) {
+        struct sigaction before {};
+        sigaction(nSignal, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) sigaction(nSignal, &keep, nullptr);
     }
     struct sigaction ignore {};
     ignore.sa_handler = SIG_IGN;
@@ -34,8 +34,6 @@ InterruptWatch::InterruptWatch() {
 }
 
 InterruptWatch::~InterruptWatch() {
-    for (std::size_t n = 0; n < kSignals.size(); ++n)
-        sigaction(kSignals[n], &g_before[n], nullptr);
     sigaction(SIGXFSZ, &g_fileSizeBefore, nullptr);
     g_bInterrupted = 0;
 }

@@ -17,8 +17,9 @@ class Interruption : public std::runtime_error {
 };
 
 // While it lives, the first SIGINT, SIGTERM or SIGHUP is kept for RequireNoInterrupt; a second one
-// ends the process as ever. A signal that is ignored (nohup) stays so. A file that grows
-// beyond what is allowed fails like a full disk, instead of ending the process. One at a time.
+// ends the process as ever. Behind its life the first one changes nothing: what is done is done,
+// and the exit status tells so. A signal that is ignored (nohup) stays so. A file that grows beyond
+// what is allowed fails like a full disk, instead of ending the process. One at a time.
 class InterruptWatch {
   public:
     InterruptWatch();
