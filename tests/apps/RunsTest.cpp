@@ -223,6 +223,15 @@ TEST(InterruptTest, TheSecondSignalEndsTheProcessAsEver) {
     EXPECT_EXIT(twice(), ::testing::KilledBySignal(SIGINT), "");
 }
 
+TEST(InterruptTest, ASignalBehindTheWorkChangesNothing) {
+    const auto work = [] {
+        { const InterruptWatch watch; }
+        raise(SIGINT);
+        _exit(7);
+    };
+    EXPECT_EXIT(work(), ::testing::ExitedWithCode(7), "");
+}
+
 TEST(InterruptTest, AnIgnoredSignalStaysIgnored) {
     auto* const before = signal(SIGHUP, SIG_IGN);
     {
