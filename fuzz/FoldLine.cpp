@@ -74,6 +74,7 @@ class SilentDesktop : public Desktop {
     void BringWindowToTop(WindowHandle) override {}
     void ShowMessageBox(TextView, TextView, BoxIcon) override {}
     ScreenSize Screen() override { return {}; }
+    WindowHandle NextDialogTabItem(WindowHandle, WindowHandle, bool) override { return 0; }
 };
 
 // A name that holds itself as a condition makes its line grow until positions overflow; a long
