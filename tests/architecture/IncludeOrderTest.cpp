@@ -27,7 +27,11 @@ const std::set<std::string> kPortFolders{"langtools", "platform", "ui/formlayer"
 const std::string kNativeFiles = "nativefiles";
 
 // An adapter that stands on another one, with the reason.
-const std::set<std::pair<std::string, std::string>> kAdapterExceptions{};
+const std::set<std::pair<std::string, std::string>> kAdapterExceptions{
+    {"adapters/jetsql", "adapters/jet"},     // its tables, as SQL sees them
+    {"adapters/sqlite", "adapters/jetsql"},  // the engine opens both kinds of files
+    {"adapters/sqlite", "adapters/jet"},
+};
 
 struct Include {
     fs::path file;      // relative to src/
