@@ -5,3 +5,6 @@ nomira_fuzz(import_line LINKS nomira_conversion nomira_memory SOURCES ImportLine
 nomira_fuzz(registry_file LINKS nomira_posix SOURCES RegistryFile.cpp)
 nomira_fuzz(link_answer LINKS nomira_rpc SOURCES LinkAnswer.cpp)
 nomira_fuzz(simulator_request LINKS nomira_simulator SOURCES SimulatorRequest.cpp)
+nomira_fuzz(journal_record LINKS nomira_jet SOURCES JournalRecord.cpp)
+nomira_fuzz(access_file LINKS nomira_jet SOURCES AccessFile.cpp)
+nomira_fuzz(index_page LINKS nomira_jet SOURCES IndexPage.cpp)

@@ -1,9 +1,9 @@
 // An Access file: its tables by name, and new ones.
 #pragma once
 
-#include <filesystem>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "adapters/jet/PageStore.h"
@@ -11,15 +11,17 @@
 
 namespace nomira::jet {
 
+inline constexpr std::int16_t kLocalTable = 1;
+
 // A row of the file's catalogue.
 struct CatalogueEntry {
     std::int32_t nId = 0;  // of a local table: the page of its definition
     std::int32_t nParent = 0;
     std::u16string sName;
-    std::int16_t nType = 0;  // 1 is a local table
+    std::int16_t nType = 0;  // kLocalTable, or something else
     std::uint32_t nFlags = 0;
 
-    bool IsTable() const { return nType == 1; }
+    bool IsTable() const { return nType == kLocalTable; }
     // Of the engine or the surface of the maker's program: left alone.
     bool IsSystem() const { return (nFlags & 0x80000002U) != 0; }
 };
@@ -77,7 +79,16 @@ class AccessFile {
     void CreateRelationship(const NewRelationship& relationship);
 
   private:
+    struct KnownEntries {
+        std::vector<CatalogueEntry> entries;
+        std::uint64_t nChanges = 0;  // of the pages, when they were read
+    };
+
+    const std::vector<CatalogueEntry>& Entries();
+
     std::unique_ptr<PageStore> m_pages;
+    std::unordered_map<std::uint32_t, std::unique_ptr<Table>> m_tables;
+    std::unique_ptr<KnownEntries> m_entries;
 };
 
 }  // namespace nomira::jet

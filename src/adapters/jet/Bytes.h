@@ -3,8 +3,10 @@
 // hostile, and an offset out of it must never leave the bytes it points into.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <vector>
 
@@ -33,8 +35,12 @@ template <std::size_t kBytes>
 std::uint64_t LoadLittle(ByteView bytes, std::size_t nOffset) {
     const ByteView part = Part(bytes, nOffset, kBytes);
     std::uint64_t nValue = 0;
-    for (std::size_t i = kBytes; i-- > 0;)
-        nValue = nValue << 8 | part[i];
+    if constexpr (std::endian::native == std::endian::little) {
+        std::memcpy(&nValue, part.data(), kBytes);
+    } else {
+        for (std::size_t i = kBytes; i-- > 0;)
+            nValue = nValue << 8 | part[i];
+    }
     return nValue;
 }
 template <std::size_t kBytes>

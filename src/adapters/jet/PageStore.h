@@ -16,7 +16,7 @@ struct RowPlace {
     std::uint32_t nPage = 0;  // 24 bits in the file
     std::uint8_t nRow = 0;
 
-    auto operator<=>(const RowPlace&) const = default;
+    auto operator<=>(const RowPlace&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 class PageStore {

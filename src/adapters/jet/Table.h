@@ -1,6 +1,7 @@
 // A table's rows: walked over, read, and changed in place with all indexes and relationships.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -17,8 +18,15 @@ using Row = std::vector<Value>;
 class Table {
   public:
     Table(AccessFile& file, TableDefinition definition);
+    ~Table();
+    Table(const Table&) = delete;
+    Table& operator=(const Table&) = delete;
 
+    // As the file told it when the table was last asked for (AccessFile) or changed.
     const TableDefinition& Definition() const { return m_definition; }
+    // Reads the definition anew if another one stands in the file by now. Raises Damaged if none
+    // does.
+    void Refresh();
     // Rows now, as the file counts them.
     std::uint32_t RowCount() const;
 
@@ -56,15 +64,48 @@ class Table {
     // row that is too long.
     RowPlace Insert(Row& row);
     // Replaces all values of the row that stands at the place, which stays its place. A long value
-    // that equals the old one stays where it is. Raises like Insert.
+    // that equals the old one stays where it is. Rows that refer to it follow where their
+    // relationship cascades updates, else they keep its key from being changed. Raises like Insert.
     void Update(RowPlace place, const Row& row);
     // Deletes the row, and before it what the file's relationships cascade to (or sets those
     // columns Null, or raises Constraint, as they say).
     void Delete(RowPlace place);
 
+    // Fills the tree of a real index from the rows, whatever it held. Raises Constraint for a row
+    // that has Null where the index refuses it; that keys are unique isn't looked at.
+    void BuildIndex(std::size_t nIndex);
+
   private:
+    friend class References;
+    friend class Deletion;
+
+    struct Parts;
+    struct NewLongs;
+    // A row's key in each real index; no bytes where the index leaves the row out.
+    using Keys = std::vector<Bytes>;
+
+    void Make();
+    void TakeAutonumber(Row& row) const;
+    void RequireValues(std::span<const Value> row) const;
+    Keys KeysOf(std::span<const Value> row) const;
+    // Which of the indexes has the key of a row already; the keys that equal those in `oldKeys` are
+    // the row's own. Raises Constraint where the index is unique.
+    std::vector<bool> FindKnownKeys(std::span<const Value> row, const Keys& keys,
+                                    const Keys* oldKeys);
+    void ReplaceKeys(RowPlace place, const Keys* oldKeys, const Keys* keys,
+                     const std::vector<bool>& known);
+    NewLongs PrepareLongs(std::span<const Value> row, std::optional<ByteView> oldRow);
+    void EncodeRow(std::span<const Value> row, NewLongs& longs);
+    void FreeLongs(ByteView row, const NewLongs* kept);
+    void RaiseAutonumber(std::span<const Value> row);
+    void DeleteRow(RowPlace place);
+
     AccessFile& m_file;
     TableDefinition m_definition;
+    std::unique_ptr<Parts> m_parts;
+    // Of definitions that were replaced: cursors may still stand in their trees.
+    std::vector<std::unique_ptr<Parts>> m_retired;
+    std::uint64_t m_nSeenChanges = 0;
 };
 
 }  // namespace nomira::jet

@@ -1,0 +1,34 @@
+// Long values: texts and bytes of any length. A short one stays in its row's field, others lie in
+// rows of pages of their own: one row, or a chain of them.
+#pragma once
+
+#include "adapters/jet/DataPages.h"
+#include "adapters/jet/Definition.h"
+
+namespace nomira::jet {
+
+// Bytes of a field without the value itself.
+inline constexpr std::size_t kLongFieldHead = 12;
+
+// The value that a row's field tells. Raises Damaged.
+Bytes ReadLongValue(PageStore& store, ByteView field);
+
+// A field that holds the value itself.
+Bytes InlineLongField(ByteView value);
+
+class LongValues {
+  public:
+    LongValues(PageStore& store, const LongColumnMaps& maps);
+
+    // Stores the value outside of its row, and gives the row's field.
+    Bytes Write(ByteView value);
+    // Gives back what the field's value takes outside of its row. What isn't the column's own is
+    // left alone.
+    void Free(ByteView field);
+
+  private:
+    PageStore& m_store;
+    DataPages m_pages;
+};
+
+}  // namespace nomira::jet
