@@ -95,7 +95,7 @@ void Sync(const Descriptor& file) {
 }
 
 void SyncFolder(const std::filesystem::path& folder) {
-    Sync(Open(folder, O_RDONLY | O_DIRECTORY));
+    Sync(Open(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY));
 }
 
 mode_t NewFileMode() {

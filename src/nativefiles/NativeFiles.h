@@ -37,7 +37,8 @@ std::string ReadAt(const Descriptor& file, std::size_t nCount, std::size_t nPlac
 void WriteAll(const Descriptor& file, std::string_view bytes);
 void WriteAt(const Descriptor& file, std::string_view bytes, std::size_t nPlace);
 
-// Brings the file's bytes to the disk; a folder's names, likewise.
+// Brings the file's bytes to the disk; a folder's names, likewise. An empty folder, as the parent
+// of a bare file name, is the working one.
 void Sync(const Descriptor& file);
 void SyncFolder(const std::filesystem::path& folder);
 

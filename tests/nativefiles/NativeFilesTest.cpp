@@ -41,6 +41,11 @@ TEST(NativeFilesTest, WhatIsMissingHasNoStatusAndCannotBeOpened) {
     EXPECT_THROW(Open(folder / "none", O_RDONLY), std::system_error);
 }
 
+TEST(NativeFilesTest, TheFolderOfABareNameIsTheWorkingOne) {
+    EXPECT_NO_THROW(SyncFolder(std::filesystem::path("names.mdb").parent_path()));
+    EXPECT_THROW(SyncFolder("/no such folder"), std::system_error);
+}
+
 TEST(NativeFilesTest, AFileIsProtectedOnceNobodyMayWriteIt) {
     const TemporaryFolder folder;
     folder.Put("x", "");
