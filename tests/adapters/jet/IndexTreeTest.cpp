@@ -137,7 +137,7 @@ class IndexTreeTest : public ::testing::TestWithParam<Generation> {
         EXPECT_EQ(m_source.nTaken, 0U);
     }
 
-    void RemoveNear(const Bytes& key, RowPlace place) {
+    void RemoveNear(Bytes key, RowPlace place) {
         const bool bThere = m_model.contains({key, place});
         ASSERT_EQ(m_tree.Remove(key, place), bThere);
         m_model.erase({key, place});
