@@ -19,9 +19,9 @@
 
 namespace nomira {
 
-Text g_sLine;
-Text g_vSymbol;
-Text g_vLongName;
+thread_local Text g_sLine;
+thread_local Text g_vSymbol;
+thread_local Text g_vLongName;
 
 namespace {
 

@@ -19,10 +19,11 @@
 namespace nomira {
 
 // The line, the key and the long name in work; the rewriter of programs shares them. A pass leaves
-// in them what its last line left there.
-extern Text g_sLine;
-extern Text g_vSymbol;
-extern Text g_vLongName;
+// in them what its last line left there. Each thread has its own: the program has one, and the
+// companion looks at several programs at once.
+extern thread_local Text g_sLine;
+extern thread_local Text g_vSymbol;
+extern thread_local Text g_vLongName;
 
 // Stores every line that begins with a key of this installation, a later line over an earlier one
 // with the same key, and passes over all others. A key without a text is stored with the empty

@@ -164,6 +164,10 @@ void DeleteItemsByPrefix(TextView sPrefix, TextView /*sModule*/, std::int16_t /*
 bool StoreLongText(TextView sText, TextView sModule, TextView sKey) {
     StoreOutcome outcome = StoreOutcome::Failed;
     bool bLookedUp = false;
+    if (g_observer != nullptr && g_observer->IsHeld(sModule, sKey, sText)) {
+        g_observer->TextStored(sModule, sKey, sText, StoreOutcome::Changed);
+        return true;
+    }
     try {
         const OpenRecordset items(LookUpStatement(sModule, sKey), g_Connection.get(),
                                   CursorKind::Static, LockKind::ReadOnly);

@@ -9,7 +9,12 @@ std::unique_ptr<Connection> g_Connection;
 
 namespace {
 
-const OnProgramReset kReset([] { g_Connection.reset(); });
+const LongTextSource* g_source = nullptr;
+
+const OnProgramReset kReset([] {
+    g_Connection.reset();
+    g_source = nullptr;
+});
 
 // The default account of such a file.
 constexpr TextView kUser = u"admin";
@@ -46,7 +51,12 @@ void CloseDatabase() {
     g_Connection.reset();
 }
 
+void SetLongTextSource(const LongTextSource* source) {
+    g_source = source;
+}
+
 bool ReadLongText(Text& sText, TextView sModule, TextView sKey) {
+    if (g_source != nullptr) return g_source->Read(sText, sModule, sKey);
     try {
         const std::unique_ptr<Connection> connection = TheDatabaseEngine().CreateConnection();
         OpenFile(*connection, kLongTextDatabase);

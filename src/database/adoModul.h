@@ -33,8 +33,9 @@ bool OpenDatabase(TextView sPath);
 // Closes and drops the shared connection; nothing happens without one.
 void CloseDatabase();
 
-// Looks a name up through a connection of its own. True means only that the connection worked: a
-// key that is absent, or has no text, leaves `sText` as the caller passed it.
+// Looks a name up in the source that is set, or else through a connection of its own. True means
+// only that the connection worked: a key that is absent, or has no text, leaves `sText` as the
+// caller passed it.
 bool ReadLongText(Text& sText, TextView sModule, TextView sKey);
 
 // The key id of the first item with this module and key; 0 when absent or on failure. `connection`
@@ -73,6 +74,17 @@ void CompactLongTextDatabase();
 // Tells the controller's database process, if one runs, to read the message file again.
 void NotifyDatabaseChanged();
 
+// Knows the long texts ahead of the database, for whoever looks up thousands of them.
+class LongTextSource {
+  public:
+    virtual ~LongTextSource() = default;
+    // What ReadLongText is to do. Several threads may ask at once.
+    virtual bool Read(Text& sText, TextView sModule, TextView sKey) const = 0;
+};
+// For all threads, while none looks up. With nullptr, the start value, the database is asked. Not
+// owned.
+void SetLongTextSource(const LongTextSource* source);
+
 // What became of one text, for whoever watches the store.
 enum class StoreOutcome {
     Added,      // a new key, stored
@@ -86,6 +98,12 @@ enum class StoreOutcome {
 class StoreObserver {
   public:
     virtual ~StoreObserver() = default;
+    // Asked ahead of each text: whether every item of the name is known to hold just this text, so
+    // that to store it would change nothing. It is told as Changed then, without a look into the
+    // database.
+    virtual bool IsHeld(TextView /*sModule*/, TextView /*sKey*/, TextView /*sText*/) {
+        return false;
+    }
     virtual void TextStored(TextView sModule, TextView sKey, TextView sText,
                             StoreOutcome outcome) = 0;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <limits>
 #include <optional>
 #include <string>
@@ -74,6 +75,47 @@ bool SameNoCase(char16_t a, char16_t b) {
     return a == b || UCase(a) == UCase(b);
 }
 
+bool IsAsciiLetter(char16_t c) {
+    return AsciiUCase(c) >= u'A' && AsciiUCase(c) <= u'Z';
+}
+
+// Finds the places at which a text without regard to case may begin: most fall out by their first
+// character, a word of characters at a time. Beyond ASCII, cases don't come in pairs.
+class FirstCharacter {
+  public:
+    explicit FirstCharacter(char16_t c)
+        : m_nCaseBits(IsAsciiLetter(c) ? 0x20 * kEach : 0), m_nWord(c * kEach | m_nCaseBits) {}
+
+    // The first such place from `n` on; `nEnd` if there is none ahead of it.
+    std::size_t Find(TextView sText, std::size_t n, std::size_t nEnd) const {
+        while (n + kPerWord <= nEnd && !IsInWord(sText.data() + n))
+            n += kPerWord;
+        while (n < nEnd && !IsHere(sText[n]))
+            ++n;
+        return n;
+    }
+
+  private:
+    static constexpr std::uint64_t kEach = 0x0001'0001'0001'0001;  // times a character
+    static constexpr std::uint64_t kBeyondAscii = 0xFF80 * kEach;
+    static constexpr std::size_t kPerWord = sizeof kEach / sizeof(char16_t);
+
+    // May be true for nothing at all, but never false for a place.
+    bool IsInWord(const char16_t* pWord) const {
+        std::uint64_t nWord = 0;
+        std::memcpy(&nWord, pWord, sizeof nWord);
+        const std::uint64_t nOther = (nWord | m_nCaseBits) ^ m_nWord;
+        const std::uint64_t nZeroes = (nOther - kEach) & ~nOther & (0x8000 * kEach);
+        return (nZeroes | (nWord & kBeyondAscii)) != 0;
+    }
+    bool IsHere(char16_t c) const {
+        return c >= 0x80 || ((c | m_nCaseBits) & 0xFFFF) == (m_nWord & 0xFFFF);
+    }
+
+    std::uint64_t m_nCaseBits;
+    std::uint64_t m_nWord;
+};
+
 }  // namespace
 
 TextView Left(TextView sText, std::int64_t nLength) {
@@ -109,12 +151,11 @@ std::int32_t InStrNoCase(std::int64_t nStart, TextView sText, TextView sWhat) {
     const std::size_t nFrom = PositionArgument(nStart);
     if (nFrom >= sText.size()) return 0;
     if (sWhat.empty()) return static_cast<std::int32_t>(nFrom + 1);
-    const char16_t cUpper = UCase(sWhat[0]);
-    const char16_t cLower = LCase(sWhat[0]);
-    for (std::size_t n = nFrom; n + sWhat.size() <= sText.size(); ++n) {
-        const char16_t c = sText[n];
-        // Most places fall out by their first character; beyond ASCII, cases don't come in pairs.
-        if (c < 0x80 && c != cUpper && c != cLower) continue;
+    if (sText.size() - nFrom < sWhat.size()) return 0;
+    const FirstCharacter first(sWhat[0]);
+    const std::size_t nEnd = sText.size() - sWhat.size() + 1;
+    for (std::size_t n = first.Find(sText, nFrom, nEnd); n < nEnd;
+         n = first.Find(sText, n + 1, nEnd)) {
         if (EqualNoCase(sText.substr(n, sWhat.size()), sWhat))
             return static_cast<std::int32_t>(n + 1);
     }

@@ -104,7 +104,7 @@ std::int32_t CParser::SkipSeparators(TextView strline, std::int32_t nPos, TextVi
 }
 
 CParser& g_Parser() {
-    static CParser parser;
+    static thread_local CParser parser;
     return parser;
 }
 

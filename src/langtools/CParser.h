@@ -49,7 +49,7 @@ class CParser {
     std::int32_t nScanLen = 0;
 };
 
-// The one parser of the program, made when first used.
+// The one parser of the thread, made when first used.
 CParser& g_Parser();
 
 }  // namespace nomira

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "langtools/Ascii.h"
 #include "langtools/BasicText.h"
 #include "langtools/CTQLKey.h"
 #include "langtools/RuntimeError.h"
@@ -13,6 +14,7 @@ constexpr TextView kDigits = u"0123456789";
 constexpr TextView kNumberAlphabet = u"0123456789.+-,E";
 // ä ö ü Ö Ä Ü µ ß § ^ *
 constexpr TextView kRefusedInComments = u"\u00E4\u00F6\u00FC\u00D6\u00C4\u00DC\u00B5\u00DF\u00A7^*";
+constexpr TextView kRefusedAscii = u"^*";
 
 // The old scans count characters with 16 bits, from the length on.
 void CheckLength(TextView sText) {
@@ -55,7 +57,10 @@ bool CTools::IsTQLToken(TextView sz, std::int16_t* nType) const noexcept {
 }
 
 bool CTools::IsValidTQLComment(TextView sz) const {
-    return !FindChrInStr(UCase(sz), kRefusedInComments);
+    // Of ASCII no letter is among them, and none becomes one.
+    const bool bAscii = AsciiLength(sz) == sz.size();
+    return !(bAscii ? FindChrInStr(sz, kRefusedAscii)
+                    : FindChrInStr(UCase(sz), kRefusedInComments));
 }
 
 bool CTools::Str2Long(TextView str, std::int32_t& nLong) const {

@@ -25,6 +25,9 @@ class CodePage {
     virtual std::string Encode(TextView sText) const = 0;
     // Whether the page has a code for this character.
     virtual bool Holds(char16_t c) const = 0;
+    // Whether each byte is a character by itself, the ASCII ones as in ASCII, and several threads
+    // may use the page at once.
+    virtual bool IsPlain() const { return false; }
 };
 
 // A page of 256 characters, one per byte value.
@@ -38,6 +41,7 @@ class SingleBytePage : public CodePage {
     Text Decode(std::string_view bytes) const override;
     std::string Encode(TextView sText) const override;
     bool Holds(char16_t c) const override;
+    bool IsPlain() const override { return m_bHoldsAscii; }
 
   private:
     char EncodeOne(char16_t c) const;

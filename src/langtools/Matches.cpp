@@ -77,6 +77,13 @@ bool IsEmptySet(TextView sPattern, std::size_t n) {
     return n + 1 < sPattern.size() && sPattern[n] == u'[' && sPattern[n + 1] == u']';
 }
 
+// The first place from `n` on at which the pattern's element there may stand, if that is a
+// character that stands for itself.
+std::size_t NextPlace(TextView sText, std::size_t n, char16_t cElement) {
+    if (IsSpecial(cElement)) return n;
+    return std::min(sText.find(cElement, n), sText.size());
+}
+
 }  // namespace
 
 // Runs along text and pattern. Where they part, the last `*` takes one character more; an earlier
@@ -90,7 +97,7 @@ bool Matches(TextView sText, TextView sPattern) {
         if (nPattern < sPattern.size() && sPattern[nPattern] == u'*') {
             nBehindStar = ++nPattern;
             if (nBehindStar == sPattern.size()) return true;
-            nStarEnd = nText;
+            nText = nStarEnd = NextPlace(sText, nText, sPattern[nBehindStar]);
         } else if (IsEmptySet(sPattern, nPattern)) {
             nPattern += 2;
         } else if (nText == sText.size()) {
@@ -100,7 +107,7 @@ bool Matches(TextView sText, TextView sPattern) {
             ++nText;
         } else if (nBehindStar != kNone) {
             nPattern = nBehindStar;
-            nText = ++nStarEnd;
+            nText = nStarEnd = NextPlace(sText, nStarEnd + 1, sPattern[nBehindStar]);
         } else {
             break;
         }

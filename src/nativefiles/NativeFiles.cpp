@@ -43,11 +43,23 @@ bool IsWriteProtected(const struct stat& status) {
     return (status.st_mode & kAnyoneWrites) == 0;
 }
 
+namespace {
+
+// All of a file at once, and one byte more, so that the end is seen as well.
+std::size_t FirstPiece(const Descriptor& file, std::size_t nLimit) {
+    struct stat status {};
+    if (::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return kPiece;
+    const auto nSize = static_cast<std::size_t>(status.st_size);
+    return nSize < nLimit ? nSize + 1 : kPiece;
+}
+
+}  // namespace
+
 std::string ReadAll(const Descriptor& file, std::size_t nLimit) {
-    std::string sBytes;
+    std::string sBytes(FirstPiece(file, nLimit), '\0');
     for (std::size_t nOld = 0;;) {
-        sBytes.resize(nOld + kPiece);
-        const ssize_t nRead = ::read(file.Get(), sBytes.data() + nOld, kPiece);
+        if (nOld == sBytes.size()) sBytes.resize(nOld + kPiece);
+        const ssize_t nRead = ::read(file.Get(), sBytes.data() + nOld, sBytes.size() - nOld);
         if (nRead < 0 && errno != EINTR) RaiseErrno();
         nOld += nRead > 0 ? static_cast<std::size_t>(nRead) : 0;
         if (nOld > nLimit) throw std::system_error(std::make_error_code(std::errc::file_too_large));

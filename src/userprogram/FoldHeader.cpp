@@ -1,5 +1,6 @@
 #include "userprogram/FoldHeader.h"
 
+#include <algorithm>
 #include <array>
 
 #include "conversion/TextImport.h"
@@ -15,7 +16,7 @@
 
 namespace nomira {
 
-bool g_bLineChanged = false;
+thread_local bool g_bLineChanged = false;
 
 namespace {
 
@@ -100,6 +101,36 @@ constexpr std::array kForms{
              .sEndMark = u"="},
 };
 
+// What a header's pattern has ahead of its first sign.
+constexpr TextView LiteralPart(TextView sPattern) {
+    return sPattern.substr(0, sPattern.find_first_of(kPatternSigns));
+}
+
+// In front of all patterns, and what each has behind it.
+constexpr TextView kOpening = u";FOLD ";
+constexpr auto kBeginnings = [] {
+    std::array<TextView, kForms.size()> beginnings;
+    for (std::size_t n = 0; n < kForms.size(); ++n)
+        beginnings[n] = LiteralPart(kForms[n].sPattern).substr(kOpening.size());
+    return beginnings;
+}();
+static_assert(std::all_of(kForms.begin(), kForms.end(), [](const FoldForm& form) {
+    return LiteralPart(form.sPattern).starts_with(kOpening);
+}));
+
+constexpr char16_t UpperAscii(char cByte) {
+    const auto c = static_cast<unsigned char>(cByte);
+    return c >= 'a' && c <= 'z' ? static_cast<char16_t>(c - 0x20) : c;
+}
+
+// Whether the bytes begin with the text, which is ASCII in upper case.
+bool BeginWith(std::string_view bytes, TextView sUpper) {
+    if (bytes.size() < sUpper.size()) return false;
+    for (std::size_t n = 0; n < sUpper.size(); ++n)
+        if (UpperAscii(bytes[n]) != sUpper[n]) return false;
+    return true;
+}
+
 std::int16_t Position(std::int64_t nStart, TextView sWhat) {
     return ToInt16(InStrNoCase(nStart, g_sLine, sWhat));
 }
@@ -143,7 +174,7 @@ void RewriteSimple(const FoldForm& form) {
     const std::int16_t nStart = ToInt16(nFound + std::ssize(form.sKeyword));
     std::int16_t nStop = Position(nStart + 1, u" State");
     TakeSymbol(nStart, nStop);
-    if (Matches(UCase(g_vSymbol), u"*'*'")) {
+    if (Matches(g_vSymbol, u"*'*'")) {
         RewriteQuoted(u"IO", form.sKeyPrefix, nStart, nStop);
     } else if (form.bSymbolOnly && Matches(g_vSymbol, u"*symName")) {
         // The other simple forms look for ": symName" in the upper-case text, which never holds
@@ -170,7 +201,7 @@ void RewriteWaitClass(const WaitClass& wait) {
         const std::int16_t nStop = ToInt16(Position(nStart + 1, u"' ") + 1);
         if (nStop <= nStart) return;
         TakeSymbol(nStart, nStop);
-        if (Matches(UCase(g_vSymbol), u"*'*'")) {
+        if (Matches(g_vSymbol, u"*'*'")) {
             RewriteQuoted(wait.sModule, wait.sKeyPrefix, nStart, nStop);
         }
         // The stop is that of the line before the replacement: with a name of another length the
@@ -230,6 +261,15 @@ void RewriteFoldLine() {
         TheFoldObserver().HeaderFound(form.kind);
         return form.work(form);
     }
+}
+
+bool MayBeFoldHeader(std::string_view bytes) {
+    while (bytes.starts_with(' '))
+        bytes.remove_prefix(1);
+    if (!BeginWith(bytes, kOpening)) return false;
+    bytes.remove_prefix(kOpening.size());
+    return std::any_of(kBeginnings.begin(), kBeginnings.end(),
+                       [bytes](TextView sBeginning) { return BeginWith(bytes, sBeginning); });
 }
 
 Text CutFoldComment(TextView sLine) {

@@ -8,19 +8,24 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "langtools/Text.h"
 
 namespace nomira {
 
-// Set when any line of the program in hand has changed.
-extern bool g_bLineChanged;
+// Set when any line of the program in hand has changed; each thread's own, as g_sLine is.
+extern thread_local bool g_bLineChanged;
 
 // Applies the chain of fold patterns to g_sLine: the first that matches decides which names are
 // looked up and replaced; a line that none matches stays. Raises InvalidProcedureCall for a header
 // of a known form that lacks its end mark (" State", or the "," behind a channel), InvalidPattern
 // if the name in the line has an unclosed "[", for the old name serves as a pattern.
 void RewriteFoldLine();
+
+// False only if RewriteFoldLine leaves a line of these bytes alone for sure, whatever stands in it:
+// none of the forms begins like it. The bytes must be of a page whose IsPlain is true.
+bool MayBeFoldHeader(std::string_view bytes);
 
 // The line up to the end of its visible fold text: the hidden parameter part behind "%{" is gone.
 Text CutFoldComment(TextView sLine);

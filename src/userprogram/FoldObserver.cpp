@@ -5,7 +5,7 @@
 namespace nomira {
 namespace {
 
-FoldObserver* g_observer = nullptr;
+thread_local FoldObserver* g_observer = nullptr;
 
 const OnProgramReset g_reset{[] { g_observer = nullptr; }};
 

@@ -42,7 +42,7 @@ class FoldObserver {
                              NameOutcome /*outcome*/) {}
 };
 
-// nullptr, the start value, watches nothing. Not owned.
+// Watches the rewriter in this thread; nullptr, the start value, watches nothing. Not owned.
 void SetFoldObserver(FoldObserver* observer);
 FoldObserver& TheFoldObserver();
 

@@ -71,6 +71,25 @@ TEST_F(NomiractlImportTest, MergesOverWhatIsThereAndCountsByClass) {
                                       "IO IN_9 more", "IO OUT_1 stays"}));
 }
 
+TEST_F(NomiractlImportTest, WhatStandsThereAlreadyIsNotWrittenOnceMore) {
+    ASSERT_EQ(Import("IN_1 a\r\nIN_2 b\r\n").exit, ExitCode::Done);
+    Execute(
+        "CREATE TRIGGER Refuse BEFORE UPDATE ON Messages WHEN NEW.String='a'"
+        " BEGIN SELECT RAISE(ABORT,'no'); END");
+    const Outcome again = Import("IN_1 a\r\nIN_2 c\r\nIN_1 a\r\n", {"--json"});
+    EXPECT_EQ(again.exit, ExitCode::Done) << again.err;
+    EXPECT_EQ(Row(again.Json(), "digital input"), (Counts{3, 0, 1, 1, 0}));
+    EXPECT_EQ(m_run.Texts(), (Strings{"IO IN_1 a", "IO IN_2 c"}));
+}
+
+TEST_F(NomiractlImportTest, ATextThatALineHasChangedIsWrittenAgainByALaterOne) {
+    ASSERT_EQ(Import("IN_1 a\r\n").exit, ExitCode::Done);
+    ASSERT_EQ(Import("IN_1 b\r\nIN_1 a\r\n").exit, ExitCode::Done);
+    EXPECT_EQ(m_run.Texts(), (Strings{"IO IN_1 a"}));
+    ASSERT_EQ(Import("IN_1 a\r\nIN_1 b\r\n").exit, ExitCode::Done);
+    EXPECT_EQ(m_run.Texts(), (Strings{"IO IN_1 b"}));
+}
+
 TEST_F(NomiractlImportTest, OverwriteRemovesWhatTheFileDoesNotHave) {
     ASSERT_EQ(Import("IN_1 old\r\nOUT_1 goes\r\nWeld11 stays\r\n").exit, ExitCode::Done);
     const nlohmann::json report = Import("IN_1 old\r\n", {"--json", "--overwrite"}).Json();

@@ -490,6 +490,29 @@ TEST_F(LongTextStoreTest, AnItemWhoseMessageFailedStaysAndNeverGetsAText) {
     EXPECT_EQ(db.Query(kAllMessages), Rows{});
 }
 
+// --- A source that knows the texts.
+
+TEST_F(LongTextStoreTest, ASourceAnswersInThePlaceOfTheDatabase) {
+    class Source : public LongTextSource {
+        bool Read(Text& sText, TextView sModule, TextView sKey) const override {
+            if (sModule == u"IO" && sKey == u"IN_1") sText = u"known";
+            return sKey != u"IN_9";
+        }
+    };
+    StoreLongText(u"stored", u"IO", u"IN_1");
+    const Source source;
+    SetLongTextSource(&source);
+    Text sText;
+    EXPECT_TRUE(ReadLongText(sText, u"IO", u"IN_1"));
+    EXPECT_EQ(sText, u"known");
+    EXPECT_TRUE(ReadLongText(sText, u"IO", u"IN_2"));
+    EXPECT_EQ(sText, u"known");
+    EXPECT_FALSE(ReadLongText(sText, u"IO", u"IN_9"));
+    SetLongTextSource(nullptr);
+    EXPECT_TRUE(ReadLongText(sText, u"IO", u"IN_1"));
+    EXPECT_EQ(sText, u"stored");
+}
+
 // --- What the observer is told.
 
 class Watcher : public StoreObserver {
@@ -514,6 +537,19 @@ TEST_F(LongTextStoreTest, ObserverIsToldOfANewAndOfAKnownKey) {
     StoreLongText(u"b", u"IO", u"IN_1");
     StoreLongText(u"b", u"IO", u"IN_1");
     EXPECT_EQ(watcher.told, "IO IN_1 a added\nIO IN_1 b changed\nIO IN_1 b changed\n");
+}
+
+TEST_F(LongTextStoreTest, WhatTheObserverKnowsToBeHeldIsNotLookedUp) {
+    class Knower : public Watcher {
+        bool IsHeld(TextView sModule, TextView sKey, TextView sText) override {
+            return sModule == u"IO" && sKey == u"IN_1" && sText == u"a";
+        }
+    };
+    Knower knower;
+    EXPECT_TRUE(StoreLongText(u"a", u"IO", u"IN_1"));
+    EXPECT_EQ(db.Query(kAllItems), Rows{});
+    EXPECT_TRUE(StoreLongText(u"b", u"IO", u"IN_1"));
+    EXPECT_EQ(knower.told, "IO IN_1 a changed\nIO IN_1 b added\n");
 }
 
 TEST_F(LongTextStoreTest, ObserverIsToldOfALostText) {

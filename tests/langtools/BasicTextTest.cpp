@@ -7,6 +7,7 @@
 #include "langtools/CodePage.h"
 #include "langtools/RuntimeError.h"
 #include "testing/Raised.h"
+#include "testing/Random.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::testing {
@@ -65,6 +66,32 @@ TEST(BasicTextTest, InStrGivesTheFirstPositionOrZero) {
             << row.nStart << " " << Printable(row.sText) << " " << Printable(row.sWhat);
     }
     EXPECT_EQ(InStr(u"a|b", u"|"), 2);
+}
+
+// Place by place, as one would say it.
+std::int32_t FindPlainly(std::int64_t nStart, TextView sText, TextView sWhat) {
+    for (auto n = static_cast<std::size_t>(nStart) - 1; n + sWhat.size() <= sText.size(); ++n)
+        if (EqualNoCase(sText.substr(n, sWhat.size()), sWhat))
+            return static_cast<std::int32_t>(n + 1);
+    return 0;
+}
+
+TEST(BasicTextTest, InStrNoCaseFindsWhatAPlainSearchFinds) {
+    Random random;
+    SCOPED_TRACE(random.Seed());
+    int nFound = 0;
+    for (int n = 0; n < 20'000; ++n) {
+        const Text sText =
+            random.TextOf(u"aAbB @`{[1\u00E4\u00C4\u00FF\u0178\u00B5\u2161", 40) + u"x";
+        const Text sWhat = u"" + random.TextOf(u"abAB @`1\u00E4\u00C4\u00FF\u2161", 2) + u"a";
+        const auto nStart = static_cast<std::int64_t>(1 + random.UpTo(6));
+        if (static_cast<std::size_t>(nStart) > sText.size()) continue;
+        const std::int32_t nPlace = InStrNoCase(nStart, sText, sWhat);
+        ASSERT_EQ(nPlace, FindPlainly(nStart, sText, sWhat))
+            << Printable(sText) << " / " << Printable(sWhat);
+        nFound += nPlace > 0 ? 1 : 0;
+    }
+    EXPECT_GT(nFound, 1'000);
 }
 
 TEST(BasicTextTest, InStrNoCaseDiffersInNothingButCase) {

@@ -655,5 +655,22 @@ TEST_F(FoldHeaderTest, RandomLinesThatAreNoHeadersStay) {
     }
 }
 
+// ---- The look at bytes ahead of the patterns ----
+
+TEST(MayBeFoldHeaderTest, EveryFormsBeginningMayBeOneInAnyCaseBehindBlanks) {
+    for (const char* const sLine :
+         {";FOLD OUT", ";fold outlet", "   ;FOLD Wait For (", ";FOLD PULSE 1", ";FOLD SYN OUT 1",
+          ";FOLD SYN PULSE 1", ";FOLD WAIT FOR IN", ";FOLD WAIT FOR OUT 1", ";FOLD ANOUT ON ",
+          ";FOLD ANOUT OFF ", ";FOLD ANOUT x"})
+        EXPECT_TRUE(MayBeFoldHeader(sLine)) << sLine;
+}
+
+TEST(MayBeFoldHeaderTest, OtherLinesAreNoneForSure) {
+    for (const char* const sLine :
+         {"", "   ", ";", ";FOLD", ";FOLD ", "x;FOLD OUT 1", ";FOLD  OUT 1", "\t;FOLD OUT 1",
+          ";FOLDOUT 1", ";FOLD PTP P1", ";FOLD \xD6UT 1", "; FOLD OUT 1", ";FOLD WAIT FOR TIMER"})
+        EXPECT_FALSE(MayBeFoldHeader(sLine)) << sLine;
+}
+
 }  // namespace
 }  // namespace nomira::testing

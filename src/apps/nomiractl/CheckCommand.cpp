@@ -14,9 +14,13 @@
 #include "apps/nomiractl/Commands.h"
 #include "apps/nomiractl/DatabaseCheck.h"
 #include "apps/nomiractl/DatabaseWork.h"
+#include "apps/nomiractl/EarlierName.h"
 #include "apps/nomiractl/FileKind.h"
 #include "apps/nomiractl/FindingFormats.h"
+#include "apps/nomiractl/InOrder.h"
+#include "apps/nomiractl/Jobs.h"
 #include "apps/nomiractl/Machine.h"
+#include "apps/nomiractl/NameTable.h"
 #include "apps/nomiractl/ProgramCheck.h"
 #include "apps/nomiractl/ProgramPaths.h"
 #include "apps/nomiractl/RegistryCheck.h"
@@ -38,6 +42,7 @@ class CheckRun {
     void CheckAll() {
         for (const fs::path& path : m_options.programs)
             Guard(path, [&] { CheckPath(path); });
+        CheckWaiting();
     }
 
     ExitCode Finish() {
@@ -70,29 +75,30 @@ class CheckRun {
     }
 
     void Fail(const std::string& sWords, ExitCode exit) {
+        CheckWaiting();
         fmt::print(m_streams.err, "nomiractl: {}\n", sWords);
         m_exit = Graver(m_exit, exit);
     }
 
     void CheckPath(const fs::path& path) {
-        switch (KindOf(path, m_options.sKind)) {
+        const FileKind kind = KindOf(path, m_options.sKind);
+        if (kind != FileKind::Programs) CheckWaiting();
+        switch (kind) {
             case FileKind::TextFile:
                 CheckTextFile(path);
                 m_findings.Begin(path.string(), "text");
                 TheMachine();
                 return CheckTextFileLines(path, m_findings);
             case FileKind::Programs:
-                for (const fs::path& program : NamedPrograms({path}))
-                    CheckOneProgram(program);
+                m_waiting.push_back({path, NamedPrograms({path})});
                 return;
             case FileKind::Database:
                 return CheckOneDatabase(path);
             case FileKind::Registry:
                 m_findings.Begin(path.string(), "registry");
-                m_database.reset();
-                m_machine.reset();
+                LeaveMachine();
                 CheckRegistry(path, TheMachine(), m_findings);
-                m_machine.reset();  // the next file has its own settings again
+                LeaveMachine();  // the next file has its own settings again
         }
     }
 
@@ -106,29 +112,80 @@ class CheckRun {
     }
 
     bool HasDatabase() {
-        if (m_database) return true;
+        if (m_names) return true;
         Machine& machine = TheMachine();
         if (m_options.database.empty() && !fs::exists(machine.Database())) return false;
-        m_database.emplace(machine.Database(), machine.Engine(), DatabaseUse::Read);
-        m_database->ReadItems();  // one without the tables would look like one without names
+        DatabaseWork database(machine.Database(), machine.Engine(), DatabaseUse::Read);
+        m_noNames.reset();
+        m_names.emplace(database.ReadItems());
         return true;
     }
 
-    void CheckOneProgram(const fs::path& program) {
-        m_findings.Begin(program.string(), "program");
-        const bool bDatabase = HasDatabase();
+    void LeaveMachine() {
+        m_names.reset();
+        m_noNames.reset();
+        m_machine.reset();
+    }
+
+    // The programs up to here, all at once.
+    void CheckWaiting() {
+        std::vector<fs::path> programs;
+        for (const NamedPath& named : std::exchange(m_waiting, {}))
+            Guard(named.path, [&] {
+                if (named.programs.empty()) return;
+                try {
+                    HasDatabase();
+                } catch (const std::exception&) {
+                    CheckPrograms(std::exchange(programs, {}));
+                    m_findings.Begin(named.programs.front().string(), "program");
+                    throw;
+                }
+                programs.insert(programs.end(), named.programs.begin(), named.programs.end());
+            });
+        CheckPrograms(programs);
+    }
+
+    // What was found in one program.
+    struct Checked {
+        Findings findings;
+        ExitCode exit = ExitCode::Done;
+    };
+
+    Checked CheckOneProgram(const fs::path& program, bool bDatabase, bool& bAsked) {
+        Checked checked;
+        checked.findings.Begin(program.string(), "program");
         try {
-            CheckProgram(program, bDatabase, TheMachine().Boxes(), m_findings);
+            bAsked = CheckProgram(program, bDatabase, m_machine->Boxes(), checked.findings);
         } catch (const Refusal& refusal) {
-            m_findings.Add(Rule::ProgramUnreadable, {}, {}, {refusal.what()});
-            m_exit = Graver(m_exit, refusal.Exit());
+            checked.findings.Add(Rule::ProgramUnreadable, {}, {}, {refusal.what()});
+            checked.exit = refusal.Exit();
         }
-        if (bDatabase) m_database->RequireNoFailure();
+        return checked;
+    }
+
+    void CheckPrograms(const std::vector<fs::path>& programs) {
+        if (programs.empty()) return;
+        const bool bDatabase = HasDatabase();
+        if (!bDatabase && !m_noNames) m_noNames.emplace();
+        InOrder(
+            programs.size(), ThreadsFor(m_options),
+            [&](std::size_t n) {
+                auto own = LookOnItsOwn(
+                    [&](bool& bAsked) { return CheckOneProgram(programs[n], bDatabase, bAsked); });
+                return std::pair(n, std::move(own));
+            },
+            [&](auto numbered) {
+                const fs::path& program = programs[numbered.first];
+                Checked checked = InItsTurn(std::move(numbered.second), [&](bool& bAsked) {
+                    return CheckOneProgram(program, bDatabase, bAsked);
+                });
+                m_findings.Append(std::move(checked.findings));
+                m_exit = Graver(m_exit, checked.exit);
+            });
     }
 
     void CheckOneDatabase(const fs::path& path) {
-        m_database.reset();
-        m_machine.reset();
+        LeaveMachine();
         Options options = m_options;
         options.database = path;
         Machine machine(options);
@@ -182,7 +239,13 @@ class CheckRun {
     Findings m_findings;
     ExitCode m_exit = ExitCode::Done;
     std::optional<Machine> m_machine;
-    std::optional<DatabaseWork> m_database;
+    std::optional<NameTable> m_names;
+    std::optional<NoNames> m_noNames;
+    struct NamedPath {
+        fs::path path;
+        std::vector<fs::path> programs;
+    };
+    std::vector<NamedPath> m_waiting;  // programs that the user has named, to be checked
 };
 
 // The rows of docs/rules.md, or JSON.

@@ -1,4 +1,5 @@
-// The companion's desktop: it shows no boxes, it collects their words for the report.
+// The companion's desktop: it shows no boxes, it collects their words for the report. Each thread
+// has its own boxes. There is one of these at a time.
 #pragma once
 
 #include <optional>
@@ -11,20 +12,25 @@ namespace nomira::companion {
 
 class CollectingDesktop : public Desktop {
   public:
+    CollectingDesktop() { Boxes().clear(); }
+
     bool PreviousInstance() override { return false; }
     void ActivateByTitle(TextView) override {}
     std::optional<WindowHandle> FindWindow(TextView) override { return std::nullopt; }
     void BringWindowToTop(WindowHandle) override {}
-    void ShowMessageBox(TextView sText, TextView, BoxIcon) override { m_boxes.emplace_back(sText); }
+    void ShowMessageBox(TextView sText, TextView, BoxIcon) override { Boxes().emplace_back(sText); }
     ScreenSize Screen() override { return {}; }
     // There are no dialogs.
     WindowHandle NextDialogTabItem(WindowHandle, WindowHandle, bool) override { return 0; }
 
-    // The boxes since the last call.
-    std::vector<Text> TakeBoxes() { return std::exchange(m_boxes, {}); }
+    // The boxes of this thread since the last call.
+    std::vector<Text> TakeBoxes() { return std::exchange(Boxes(), {}); }
 
   private:
-    std::vector<Text> m_boxes;
+    static std::vector<Text>& Boxes() {
+        static thread_local std::vector<Text> boxes;
+        return boxes;
+    }
 };
 
 }  // namespace nomira::companion

@@ -84,7 +84,7 @@ class RobotPrograms {
                 m_link.Fetch(program.sName, m_folder.Path());
                 return ReadProgram(file);
             },
-            [&](const RewritePlan& plan) {
+            [&](const RewritePlan& plan, const std::string&) {
                 const fs::path old = m_oldPrograms.Path() / file.filename();
                 fs::copy_file(file, old);
                 ReplaceFile(file, plan.sNewBytes);

@@ -4,9 +4,11 @@
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "adapters/sqlite/Utf8.h"
+#include "apps/nomiractl/ItemName.h"
 #include "database/OpenRecordset.h"
 #include "database/adoModul.h"
 #include "langtools/BasicText.h"
@@ -172,6 +174,18 @@ LongTexts GroupByName(const Rows& rows) {
             if (message.nLanguage == kLongTextLanguage) ofName.push_back(message.sText);
     }
     return texts;
+}
+
+ByClass<ClassChanges> Unchanged(const Rows& rows) {
+    ByClass<ClassChanges> changes{};
+    std::unordered_set<ItemName, HashItemName> names;
+    names.reserve(rows.size());
+    for (const ItemRow& row : rows) {
+        const ItemName name{row.sModule ? *row.sModule : TextView(),
+                            row.sKey ? *row.sKey : TextView()};
+        if (names.insert(name).second) ++changes[ClassRow(name.sModule, name.sKey)].nUnchanged;
+    }
+    return changes;
 }
 
 std::vector<ItemChange> Difference(const Rows& before, const Rows& after) {

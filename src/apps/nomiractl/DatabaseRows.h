@@ -17,6 +17,8 @@ Rows ReadRows();
 Fingerprint FingerprintOf(const Rows& rows);
 // The texts in the long-text language by module and key, as of the rows of ReadItems.
 LongTexts GroupByName(const Rows& rows);
+// What Compare gives for the texts of rows that have not changed.
+ByClass<ClassChanges> Unchanged(const Rows& rows);
 
 // What makes the second out of the first.
 std::vector<ItemChange> Difference(const Rows& before, const Rows& after);

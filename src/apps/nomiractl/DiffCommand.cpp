@@ -13,6 +13,7 @@
 #include "apps/nomiractl/Commands.h"
 #include "apps/nomiractl/DatabaseWork.h"
 #include "apps/nomiractl/FileKind.h"
+#include "apps/nomiractl/Jobs.h"
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/NameSet.h"
 #include "apps/nomiractl/ProgramPaths.h"
@@ -51,22 +52,21 @@ NameSet NamesOfDatabase(const Options& options, const fs::path& path, std::ostre
     return names;
 }
 
-NameSet NamesOfPrograms(const fs::path& path, std::ostream& err) {
+NameSet NamesOfFolder(const Options& options, const fs::path& path, std::ostream& err) {
     NameSet names;
-    for (const fs::path& program : NamedPrograms({path})) {
-        const std::string sFile = program.string();
-        ProgramNames found;
-        try {
-            found = NamesOfProgram(program);
-        } catch (const Refusal& refusal) {
-            throw Refusal(fmt::format("{}: {}", sFile, refusal.what()), refusal.Exit());
-        }
-        for (const HeaderName& name : found.names)
-            AddName(names, name.key, {name.sText, sFile, name.nLine});
-        for (const std::int64_t nLine : found.unreadable)
-            fmt::print(err, "nomiractl: warning: {}:{}: a header that can't be read\n", sFile,
-                       nLine);
-    }
+    NamesOfPrograms(
+        NamedPrograms({path}), ThreadsFor(options),
+        [&](const fs::path& program, const ProgramNames& found) {
+            const std::string sFile = program.string();
+            for (const HeaderName& name : found.names)
+                AddName(names, name.key, {name.sText, sFile, name.nLine});
+            for (const std::int64_t nLine : found.unreadable)
+                fmt::print(err, "nomiractl: warning: {}:{}: a header that can't be read\n", sFile,
+                           nLine);
+        },
+        [](const fs::path& program, const Refusal& refusal) {
+            throw Refusal(fmt::format("{}: {}", program.string(), refusal.what()), refusal.Exit());
+        });
     return names;
 }
 
@@ -80,7 +80,7 @@ Side ReadSide(const Options& options, const fs::path& path, std::ostream& err) {
             throw Refusal(fmt::format("{}: a registry holds no names", path.string()));
         case FileKind::Programs: {
             const Machine machine(options);
-            return {path.string(), NamesOfPrograms(path, err), true};
+            return {path.string(), NamesOfFolder(options, path, err), true};
         }
         case FileKind::TextFile:
             break;

@@ -55,6 +55,9 @@ class Findings {
     void Foretell(LineFate fate) { m_files.back().fates.push_back(std::move(fate)); }
     CheckedFile& File() { return m_files.back(); }
 
+    // What was found of other files, behind what is there.
+    void Append(Findings others);
+
     // Lines that were not taken, as bytes of the file, with the finding that tells why.
     void Reject(std::int64_t nLine, std::string bytes);
 

@@ -6,6 +6,7 @@
 #include "apps/nomiractl/ImportPass.h"
 #include "apps/nomiractl/ImportReport.h"
 #include "apps/nomiractl/Interrupt.h"
+#include "apps/nomiractl/KnownTexts.h"
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/PlanViews.h"
 #include "apps/nomiractl/Runs.h"
@@ -19,7 +20,7 @@ namespace {
 // Collects what the passes tell while it lives.
 class ImportWatch : public PassObserver, public StoreObserver {
   public:
-    explicit ImportWatch(ImportReport& report) : m_report(report) {
+    ImportWatch(KnownTexts& known, ImportReport& report) : m_known(known), m_report(report) {
         SetPassObserver(this);
         SetStoreObserver(this);
     }
@@ -31,6 +32,13 @@ class ImportWatch : public PassObserver, public StoreObserver {
     ImportWatch& operator=(const ImportWatch&) = delete;
 
     void ImportBegins() override { m_bBegun = true; }
+    bool IsHeld(TextView sModule, TextView sKey, TextView sText) override {
+        RequireNoInterrupt();  // as a look into the database would
+        if (m_known.Holds(sModule, sKey, sText)) return true;
+        m_known.Forget(sModule, sKey);
+        m_bStored = true;
+        return false;
+    }
     void TextStored(TextView, TextView, TextView, StoreOutcome outcome) override {
         m_lastOutcome = outcome;
     }
@@ -50,23 +58,30 @@ class ImportWatch : public PassObserver, public StoreObserver {
     }
 
     bool HasBegun() const { return m_bBegun; }
+    bool HasStored() const { return m_bStored; }
 
   private:
+    KnownTexts& m_known;
     ImportReport& m_report;
     StoreOutcome m_lastOutcome = StoreOutcome::Failed;
     bool m_bBegun = false;
+    bool m_bStored = false;  // what was held already apart
 };
 
 }  // namespace
 
-void RunPasses(const Options& options, ImportReport& report) {
+bool RunPasses(const Options& options, const Rows& rows, ImportReport& report) {
     const Text sFile = CorePath(options.file);
-    const ImportWatch watch(report);
+    // A wipe takes what is known, and leaves little to gain.
+    static const Rows none;
+    KnownTexts known(options.bOverwrite ? none : rows);
+    const ImportWatch watch(known, report);
     if (options.bOverwrite) ClearDbForTextFile(sFile);
     TextIntoDb(sFile);
     if (!watch.HasBegun())
         throw Refusal(fmt::format("{}: the file can't be opened", options.file.string()),
                       ExitCode::Files);
+    return options.bOverwrite || watch.HasStored();
 }
 
 namespace {
@@ -105,11 +120,17 @@ ExitCode ImportTextFile(const Options& options, Streams streams) {
 
     DatabaseWork database(machine.Database(), machine.Engine(), DatabaseUse::Write);
     const Rows before = database.ReadRows();
-    RunPasses(options, report);
+    const bool bTouched = RunPasses(options, before, report);
     if (report.failed.empty()) database.RequireNoFailure();
-    const Rows after = database.ReadRows();
-    report.changes = Compare(GroupByName(before), GroupByName(after));
-    Plan plan = PlanOf(options, machine, Difference(before, after), report);
+    std::vector<ItemChange> changes;
+    if (bTouched) {
+        const Rows after = database.ReadRows();
+        report.changes = Compare(GroupByName(before), GroupByName(after));
+        changes = Difference(before, after);
+    } else {
+        report.changes = Unchanged(before);
+    }
+    Plan plan = PlanOf(options, machine, std::move(changes), report);
     if (report.failed.empty())
         EndDatabaseRun(plan, before, options.file, options, journal, machine, database);
     if (options.bDiff) PrintDiff(plan, streams.out);

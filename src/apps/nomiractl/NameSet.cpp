@@ -1,16 +1,17 @@
 #include "apps/nomiractl/NameSet.h"
 
 #include <algorithm>
-#include <memory>
+#include <optional>
 #include <utility>
 
+#include "apps/nomiractl/InOrder.h"
 #include "apps/nomiractl/LongTexts.h"
+#include "apps/nomiractl/NameTable.h"
 #include "apps/nomiractl/ProgramRewrite.h"
 #include "apps/nomiractl/RewriteRun.h"
 #include "apps/nomiractl/Words.h"
 #include "conversion/KeyForms.h"
 #include "conversion/TextImport.h"
-#include "database/DatabaseEngine.h"
 #include "langtools/CParser.h"
 #include "langtools/CodePage.h"
 #include "langtools/RuntimeError.h"
@@ -20,22 +21,6 @@
 
 namespace nomira::companion {
 namespace {
-
-// An engine without a database: every look-up fails, and the rewriter leaves the line as it is.
-class NoDatabaseEngine : public DatabaseEngine {
-  public:
-    explicit NoDatabaseEngine(DatabaseEngine& inner) : m_inner(inner) { SetDatabaseEngine(this); }
-    ~NoDatabaseEngine() override { SetDatabaseEngine(&m_inner); }
-    NoDatabaseEngine(const NoDatabaseEngine&) = delete;
-    NoDatabaseEngine& operator=(const NoDatabaseEngine&) = delete;
-
-    std::unique_ptr<Connection> CreateConnection() override { Raise(ErrorNumber::EngineFailure); }
-    std::unique_ptr<Recordset> CreateRecordset() override { Raise(ErrorNumber::EngineFailure); }
-    void CompactDatabase(TextView, TextView) override { Raise(ErrorNumber::EngineFailure); }
-
-  private:
-    DatabaseEngine& m_inner;
-};
 
 // Collects what is looked up while it lives. A number without a name has none in the line; what
 // the core compares it with is the name of an earlier one.
@@ -89,14 +74,17 @@ NameSet NamesOfTextFile(const std::filesystem::path& file) {
     return names;
 }
 
+namespace {
+
 ProgramNames NamesOfProgram(const std::filesystem::path& file) {
     const std::string bytes = ReadProgram(file);
     ProgramNames program;
     std::int64_t nLine = 0;
-    const NoDatabaseEngine engine(TheDatabaseEngine());
     const NameWatch watch(program, nLine);
+    const bool bPlain = SystemCodePage().IsPlain();
     for (const ProgramLine& line : CutLines(bytes)) {
         ++nLine;
+        if (bPlain && !MayBeFoldHeader(line.body)) continue;
         g_sLine = SystemCodePage().Decode(line.body);
         try {
             RewriteFoldLine();
@@ -106,6 +94,35 @@ ProgramNames NamesOfProgram(const std::filesystem::path& file) {
         }
     }
     return program;
+}
+
+}  // namespace
+
+void NamesOfPrograms(
+    const std::vector<std::filesystem::path>& files, std::size_t nThreads,
+    const std::function<void(const std::filesystem::path&, const ProgramNames&)>& take,
+    const std::function<void(const std::filesystem::path&, const Refusal&)>& refused) {
+    struct Found {
+        std::size_t n;
+        ProgramNames names;
+        std::optional<Refusal> refusal;
+    };
+    const NoNames none;
+    InOrder(
+        files.size(), nThreads,
+        [&](std::size_t n) -> Found {
+            try {
+                return {n, NamesOfProgram(files[n]), std::nullopt};
+            } catch (const Refusal& refusal) {
+                return {n, {}, refusal};
+            }
+        },
+        [&](const Found& found) {
+            if (found.refusal)
+                refused(files[found.n], *found.refusal);
+            else
+                take(files[found.n], found.names);
+        });
 }
 
 }  // namespace nomira::companion

@@ -3,11 +3,13 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <string>
 #include <tuple>
 #include <vector>
 
+#include "apps/nomiractl/Refusal.h"
 #include "conversion/KeyScheme.h"
 #include "langtools/Text.h"
 
@@ -61,8 +63,12 @@ struct ProgramNames {
     std::vector<std::int64_t> unreadable;  // lines at which the program's own run would end
 };
 
-// What the rewriter would look up in the program, which it leaves alone: no database is asked.
-// Throws Refusal if the file can't be read.
-ProgramNames NamesOfProgram(const std::filesystem::path& file);
+// What the rewriter would look up in the programs, which it leaves alone: no database is asked.
+// `take` gets those of each program, or `refused` why it can't be read, in their order; what they
+// throw ends it. So many threads read them.
+void NamesOfPrograms(
+    const std::vector<std::filesystem::path>& files, std::size_t nThreads,
+    const std::function<void(const std::filesystem::path&, const ProgramNames&)>& take,
+    const std::function<void(const std::filesystem::path&, const Refusal&)>& refused);
 
 }  // namespace nomira::companion

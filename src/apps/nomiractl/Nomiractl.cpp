@@ -184,6 +184,7 @@ class Arguments {
         AddRewriteFlags(*command);
         AddPlanOptions(*command, m_options);
         AddAtomicOption(*command, m_options);
+        AddJobsOption(*command, m_options);
     }
 
     void AddRewriteFlags(CLI::App& command) {

@@ -40,6 +40,7 @@ struct Options {
     bool bAll = false;                      // every program of the controller
     std::filesystem::path planFile;         // where the plan is saved instead of applied
     std::optional<std::size_t> maxChanges;  // names and lines
+    std::optional<std::size_t> jobs;        // threads; none: one for each processor
     std::string atomic;                     // "in-place" or "rename"; empty: the usual way
     std::string key;                        // whose text is set
     std::string text;                       // UTF-8

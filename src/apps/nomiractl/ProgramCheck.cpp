@@ -6,6 +6,7 @@
 #include <array>
 #include <utility>
 
+#include "apps/nomiractl/EarlierName.h"
 #include "apps/nomiractl/NameCheck.h"
 #include "apps/nomiractl/ProgramRewrite.h"
 #include "apps/nomiractl/RewriteRun.h"
@@ -55,7 +56,10 @@ class HeaderWatch : public FoldObserver {
         bHeader = true;
         kind = found;
     }
-    void SymbolOnlyFound() override { bSymbolOnly = true; }
+    void SymbolOnlyFound() override {
+        bSymbolOnly = true;
+        bAskedForEarlierName = bAskedForEarlierName || IsNameUnknown();
+    }
     void NameFound(const FoldName& name) override {
         lookUps.push_back({Text(name.sKey),
                            Text(name.sOldName),
@@ -71,6 +75,7 @@ class HeaderWatch : public FoldObserver {
 
     bool bHeader = false;
     bool bSymbolOnly = false;
+    bool bAskedForEarlierName = false;  // in any line
     FoldKind kind = FoldKind::Simple;
     std::vector<LookUp> lookUps;
 };
@@ -99,6 +104,8 @@ class ProgramCheck {
         m_findings.File().bWritten = true;
         CheckWriting(path, lines);
     }
+
+    bool HasAskedForEarlierName() const { return m_watch.bAskedForEarlierName; }
 
   private:
     void Add(Rule rule, std::int64_t nColumn, const std::vector<std::string>& words = {}) {
@@ -302,11 +309,13 @@ class ProgramCheck {
 
 }  // namespace
 
-void CheckProgram(const fs::path& file, bool bDatabase, CollectingDesktop& desktop,
+bool CheckProgram(const fs::path& file, bool bDatabase, CollectingDesktop& desktop,
                   Findings& findings) {
     const std::string bytes = ReadProgram(file);
     if (!bDatabase) findings.Add(Rule::ProgramNotCompared, {}, {});
-    ProgramCheck(desktop, findings).Run(file, bytes);
+    ProgramCheck check(desktop, findings);
+    check.Run(file, bytes);
+    return check.HasAskedForEarlierName();
 }
 
 }  // namespace nomira::companion

@@ -11,8 +11,9 @@
 namespace nomira::companion {
 
 // `desktop` must be the platform's. Without a database (`bDatabase` false) only what needs no name
-// is checked. Throws Refusal if the file can't be read.
-void CheckProgram(const std::filesystem::path& file, bool bDatabase, CollectingDesktop& desktop,
+// is checked. Gives whether a number without a name was compared with that of an earlier program
+// (EarlierName.h). Throws Refusal if the file can't be read.
+bool CheckProgram(const std::filesystem::path& file, bool bDatabase, CollectingDesktop& desktop,
                   Findings& findings);
 
 }  // namespace nomira::companion

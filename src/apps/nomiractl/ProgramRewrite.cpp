@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "conversion/TextImport.h"
+#include "langtools/CParser.h"
 #include "langtools/CodePage.h"
 #include "langtools/RuntimeError.h"
 #include "userprogram/FoldHeader.h"
@@ -87,32 +88,37 @@ std::vector<ProgramLine> CutLines(std::string_view bytes) {
     return lines;
 }
 
-RewritePlan PlanRewrite(std::string_view bytes, CollectingDesktop& desktop) {
+RewritePlan PlanRewrite(std::string_view bytes, CollectingDesktop& desktop, LookAt lookAt) {
     RewritePlan plan;
+    const bool bQuick = lookAt == LookAt::Quick && SystemCodePage().IsPlain();
     std::int64_t nLine = 0;
-    for (const ProgramLine& line : CutLines(bytes)) {
+    std::size_t nCopied = 0;  // of the old bytes into the new ones
+    for (std::size_t nPlace = 0, nNext = 0; nPlace < bytes.size(); nPlace = nNext) {
         ++nLine;
-        const auto nPlace = static_cast<std::size_t>(line.body.data() - bytes.data());
+        const ProgramLine line = CutLine(bytes.substr(nPlace));
+        nNext = nPlace + line.body.size() + line.end.size();
+        if (bQuick && !MayBeFoldHeader(line.body)) continue;
         const Text sOld = SystemCodePage().Decode(line.body);
         Text sNew;
         try {
             sNew = Rewritten(sOld);
         } catch (const RuntimeError& error) {
+            g_Parser() = CParser();  // one that has overflowed stays so
             TakeRefused(plan, nLine, desktop);
             plan.stopped = LineFinding{nLine, error.Description()};
             plan.changes.clear();
-            plan.sNewBytes = bytes;
+            plan.sNewBytes.clear();
             return plan;
         }
         TakeRefused(plan, nLine, desktop);
-        if (sNew == sOld) {
-            plan.sNewBytes.append(line.body).append(line.end);
-            continue;
-        }
+        if (sNew == sOld) continue;
         plan.changes.push_back(
             {nLine, std::string(line.body), SystemCodePage().Encode(sNew), nPlace});
-        plan.sNewBytes.append(plan.changes.back().sNew).append(line.end);
+        plan.sNewBytes.append(bytes.substr(nCopied, nPlace - nCopied))
+            .append(plan.changes.back().sNew);
+        nCopied = nPlace + line.body.size();
     }
+    if (!plan.changes.empty()) plan.sNewBytes.append(bytes.substr(nCopied));
     return plan;
 }
 

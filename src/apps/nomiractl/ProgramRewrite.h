@@ -37,7 +37,7 @@ struct LineFinding {
 };
 
 struct RewritePlan {
-    std::string sNewBytes;  // the whole program; the old bytes if nothing changes
+    std::string sNewBytes;  // the whole program; empty if nothing changes
     std::vector<LineChange> changes;
     std::vector<LineFinding> refused;
     // A fold header on which the program's own run would end, with the reason. Nothing of the
@@ -45,10 +45,14 @@ struct RewritePlan {
     std::optional<LineFinding> stopped;
 };
 
+// How the lines are looked at: Quick leaves those out that are no headers for sure.
+enum class LookAt { Quick, EveryLine };
+
 // Works out what becomes of a program: through the core's fold forms and the message database,
 // with message boxes turned into findings. `desktop` must be the platform's desktop. A line ends at
 // CR LF or a lone CR.
-RewritePlan PlanRewrite(std::string_view bytes, CollectingDesktop& desktop);
+RewritePlan PlanRewrite(std::string_view bytes, CollectingDesktop& desktop,
+                        LookAt lookAt = LookAt::Quick);
 
 // The lines of a program that pieces of a plan lie in, one piece in each.
 std::vector<LineChange> LineChanges(std::string_view bytes, const std::vector<BytesChange>& pieces);

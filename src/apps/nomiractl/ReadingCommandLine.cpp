@@ -81,6 +81,7 @@ void AddCheck(CLI::App& app, Options& options, const Choose& choose) {
         ->type_name("FILE");
     check.add_flag("--predict", options.bPredict,
                    "With --format json: tell what becomes of each line");
+    AddJobsOption(check, options);
     check.callback([paths, rules, choose] {
         if (paths->count() == 0 && rules->count() == 0) throw CLI::RequiredError("PATH");
         choose(CheckFiles);
@@ -96,6 +97,7 @@ void AddDiff(CLI::App& app, Options& options, const Choose& choose) {
                     " the database of --db or the prefix")
         ->required();
     diff.add_option("NEW", options.newSide, "The same")->required();
+    AddJobsOption(diff, options);
 }
 
 void AddXref(CLI::App& app, Options& options, const Choose& choose) {
@@ -105,9 +107,20 @@ void AddXref(CLI::App& app, Options& options, const Choose& choose) {
     AddClasses(xref, options);
     xref.add_flag("--unnamed", options.bUnnamed, "Only signals that are used and have no name");
     xref.add_flag("--unused", options.bUnused, "Only names that no program uses");
+    AddJobsOption(xref, options);
 }
 
 }  // namespace
+
+void AddJobsOption(CLI::App& command, Options& options) {
+    constexpr std::size_t kMostJobs = 256;
+    command
+        .add_option("--jobs", options.jobs,
+                    "Look at N programs at once (default: one for each processor); the result is"
+                    " the same for any N")
+        ->type_name("N")
+        ->check(CLI::Range(std::size_t{1}, kMostJobs));
+}
 
 void AddReadingCommands(CLI::App& app, Options& options, const Choose& choose) {
     AddList(app, options, choose);

@@ -13,4 +13,7 @@ namespace nomira::companion {
 void AddReadingCommands(CLI::App& app, Options& options,
                         const std::function<void(Command)>& choose);
 
+// --jobs.
+void AddJobsOption(CLI::App& command, Options& options);
+
 }  // namespace nomira::companion

@@ -1,15 +1,22 @@
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "apps/nomiractl/Commands.h"
 #include "apps/nomiractl/DatabaseWork.h"
+#include "apps/nomiractl/EarlierName.h"
+#include "apps/nomiractl/InOrder.h"
 #include "apps/nomiractl/Interrupt.h"
+#include "apps/nomiractl/Jobs.h"
 #include "apps/nomiractl/Machine.h"
+#include "apps/nomiractl/NameTable.h"
 #include "apps/nomiractl/PlanViews.h"
 #include "apps/nomiractl/ProgramPaths.h"
 #include "apps/nomiractl/RewriteRun.h"
 #include "apps/nomiractl/Runs.h"
+#include "userprogram/FoldObserver.h"
 
 namespace nomira::companion {
 namespace {
@@ -43,6 +50,37 @@ ProgramChange ChangeOf(const fs::path& path, const Fingerprint& before, RewriteP
     return change;
 }
 
+// Tells when a number without a name is compared with that of an earlier program.
+class EarlierNameWatch : public FoldObserver {
+  public:
+    explicit EarlierNameWatch(bool& bAsked) : m_bAsked(bAsked) { SetFoldObserver(this); }
+    ~EarlierNameWatch() override { SetFoldObserver(nullptr); }
+    EarlierNameWatch(const EarlierNameWatch&) = delete;
+    EarlierNameWatch& operator=(const EarlierNameWatch&) = delete;
+
+    void SymbolOnlyFound() override { m_bAsked = m_bAsked || IsNameUnknown(); }
+
+  private:
+    bool& m_bAsked;
+};
+
+struct Looked {
+    ProgramReport report;
+    std::optional<ProgramChange> change;
+};
+
+Looked Look(const RewriteRun& run, const fs::path& path, bool& bAsked) {
+    const EarlierNameWatch watch(bAsked);
+    Looked looked;
+    looked.report = run.Look(
+        path.string(), [&] { return ReadProgram(path); },
+        [&](RewritePlan& rewrite, const std::string& sBytes) {
+            RequireWritable(path);
+            looked.change = ChangeOf(path, FingerprintOf(sBytes), rewrite);
+        });
+    return looked;
+}
+
 }  // namespace
 
 ExitCode RewritePrograms(const Options& options, Streams streams) {
@@ -50,31 +88,30 @@ ExitCode RewritePrograms(const Options& options, Streams streams) {
     const std::optional<Journal> journal = JournalFor(options, streams.err);
     Machine machine(options);
     machine.PrintWarnings(streams.err);
-    // A database that can't be read would look like one without names.
     DatabaseWork database(machine.Database(), machine.Engine(), DatabaseUse::Read);
-    database.ReadItems();
     RewriteRun run(options, streams, machine.Boxes(), database);
     Plan plan{.command = options.words, .database = fs::absolute(machine.Database())};
-    for (const fs::path& path : NamedPrograms(options.programs)) {
-        Fingerprint before;
-        run.Rewrite(
-            path.string(),
-            [&] {
-                std::string sBytes = ReadProgram(path);
-                before = FingerprintOf(sBytes);
-                return sBytes;
-            },
-            [&](RewritePlan& rewrite) {
-                RequireWritable(path);
-                plan.programs.push_back(ChangeOf(path, before, rewrite));
-            });
-    }
+    // Ahead of the names, so that a change in between makes the plan out of date.
+    if (!options.planFile.empty()) plan.databaseState = FingerprintOf(database.ReadRows());
+    // A database that can't be read is refused here; it would look like one without names.
+    const NameTable names(database.ReadItems());
+    const std::vector<fs::path> programs = NamedPrograms(options.programs);
+    InOrder(
+        programs.size(), ThreadsFor(options),
+        [&](std::size_t n) {
+            auto own = LookOnItsOwn([&](bool& bAsked) { return Look(run, programs[n], bAsked); });
+            return std::pair(n, std::move(own));
+        },
+        [&](auto numbered) {
+            const fs::path& path = programs[numbered.first];
+            Looked looked = InItsTurn(std::move(numbered.second),
+                                      [&](bool& bAsked) { return Look(run, path, bAsked); });
+            if (looked.change) plan.programs.push_back(std::move(*looked.change));
+            run.Take(std::move(looked.report));
+        });
     RequireAtMost(plan, options.maxChanges);
     if (journal) RunOnPrograms(plan, *journal, WayOf(options));
-    if (!options.planFile.empty()) {
-        plan.databaseState = FingerprintOf(database.ReadRows());
-        SavePlan(plan, options);
-    }
+    if (!options.planFile.empty()) SavePlan(plan, options);
     return run.Finish();
 }
 

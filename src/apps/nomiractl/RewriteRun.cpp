@@ -1,15 +1,16 @@
 #include "apps/nomiractl/RewriteRun.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
-#include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
+#include <system_error>
 #include <utility>
 
 #include "apps/nomiractl/Interrupt.h"
 #include "apps/nomiractl/Words.h"
+#include "nativefiles/NativeFiles.h"
 
 namespace nomira::companion {
 namespace {
@@ -60,18 +61,19 @@ nlohmann::ordered_json AsJson(const ProgramReport& report) {
 }  // namespace
 
 std::string ReadProgram(const fs::path& path) {
-    if (fs::is_directory(path)) throw Refusal("is a directory", ExitCode::Files);
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream bytes;
-    if (!file || !(bytes << file.rdbuf())) {
-        if (fs::exists(path) && fs::is_empty(path)) return {};
+    try {
+        const nativefiles::Descriptor file = nativefiles::Open(path, O_RDONLY);
+        return nativefiles::ReadAll(file);
+    } catch (const std::system_error& error) {
+        if (error.code() == std::errc::is_a_directory)
+            throw Refusal("is a directory", ExitCode::Files);
         throw Refusal(fs::exists(path) ? "can't be read" : "there is no such file",
                       ExitCode::Files);
     }
-    return bytes.str();
 }
 
-void RewriteRun::Rewrite(const std::string& sName, const Read& read, const Write& write) {
+ProgramReport RewriteRun::Look(const std::string& sName, const Read& read,
+                               const Write& write) const {
     RequireNoInterrupt();
     ProgramReport report{sName, {}, {}, {}};
     try {
@@ -79,21 +81,22 @@ void RewriteRun::Rewrite(const std::string& sName, const Read& read, const Write
         RewritePlan plan = PlanRewrite(sBytes, m_desktop);
         m_database.RequireNoFailure();
         report.plan = std::move(plan);
-        if (m_options.bDiff) m_streams.out << UnifiedDiff(sName, sBytes, report.plan.changes);
-        if (!report.plan.changes.empty() && WantsPlans()) write(report.plan);
+        if (m_options.bDiff) report.diff = UnifiedDiff(sName, sBytes, report.plan.changes);
+        if (!report.plan.changes.empty() && WantsPlans()) write(report.plan, sBytes);
         std::string().swap(report.plan.sNewBytes);  // an assignment would keep the room
     } catch (const Refusal& refusal) {
         report.failure = refusal.what();
         report.exit = refusal.Exit();
     }
-    Add(std::move(report));
+    return report;
 }
 
 void RewriteRun::AddFailure(const std::string& sName, const std::string& sWhy) {
-    Add({sName, {}, sWhy, ExitCode::Refused});
+    Take({sName, {}, sWhy, ExitCode::Refused});
 }
 
-void RewriteRun::Add(ProgramReport report) {
+void RewriteRun::Take(ProgramReport report) {
+    m_streams.out << std::exchange(report.diff, {});
     m_reports.push_back(std::move(report));
     PrintFindings(m_reports.back(), m_streams.err);
 }

@@ -20,6 +20,7 @@ struct ProgramReport {
     RewritePlan plan;
     std::string failure;             // why it could not be read or written
     ExitCode exit = ExitCode::Done;  // the failure's
+    std::string diff{};              // if the options want one, until it is shown
     bool IsFine() const { return failure.empty() && !plan.stopped; }
 };
 
@@ -31,14 +32,21 @@ class RewriteRun {
         : m_options(options), m_streams(streams), m_desktop(desktop), m_database(database) {}
 
     using Read = std::function<std::string()>;
-    // May take the plan's bytes and lines with it; the lines' numbers must stay.
-    using Write = std::function<void(RewritePlan& plan)>;
+    // Gets the bytes that were read. May take the plan's bytes and lines with it; the lines'
+    // numbers must stay.
+    using Write = std::function<void(RewritePlan& plan, const std::string& sBytes)>;
 
     // Rewrites the bytes that `read` gives, and hands the plan to `write` if they have changed and
     // the options want more than a look. A Refusal of either is this program's failure, and so is a
     // database that has failed: a name that can't be read would look like one that is empty.
-    // Findings and the diff are shown at once.
-    void Rewrite(const std::string& sName, const Read& read, const Write& write);
+    // Several threads may look at programs at once, if no look-up asks the database.
+    ProgramReport Look(const std::string& sName, const Read& read, const Write& write) const;
+    // Takes the next program's report, and shows its findings and its diff.
+    void Take(ProgramReport report);
+    // Both.
+    void Rewrite(const std::string& sName, const Read& read, const Write& write) {
+        Take(Look(sName, read, write));
+    }
     // A program that can't even be read.
     void AddFailure(const std::string& sName, const std::string& sWhy);
 
@@ -50,7 +58,6 @@ class RewriteRun {
         return !m_options.bDryRun && !m_options.bCheck && m_options.planFile.empty();
     }
     bool WantsPlans() const { return ChangesPrograms() || !m_options.planFile.empty(); }
-    void Add(ProgramReport report);
     void PrintJson() const;
     void PrintSummary() const;
 

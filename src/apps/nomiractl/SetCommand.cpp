@@ -38,14 +38,14 @@ std::string LineOf(const Options& options) {
 }
 
 // The faithful import of that one line, which knows all rules of keys and texts.
-ImportReport ImportLine(const Options& options, const std::string& sLine) {
+ImportReport ImportLine(const Options& options, const Rows& rows, const std::string& sLine) {
     const PrivateFolder folder;
     Options import = options;
     import.file = folder.Path() / "line.txt";
     import.bOverwrite = false;
     ReplaceFile(import.file, sLine);
     ImportReport report{.sFile = {}, .sDatabase = {}, .bCustomer = IsCustomerVw()};
-    RunPasses(import, report);
+    RunPasses(import, rows, report);
     return report;
 }
 
@@ -69,7 +69,7 @@ ExitCode SetText(const Options& options, Streams streams) {
     const std::string sLine = LineOf(options);
     DatabaseWork database(machine.Database(), machine.Engine(), DatabaseUse::Write);
     const Rows before = database.ReadRows();
-    RequireStored(ImportLine(options, sLine), options);
+    RequireStored(ImportLine(options, before, sLine), options);
     database.RequireNoFailure();
     Plan plan = PlanOnDatabase(options, machine, Difference(before, database.ReadRows()));
     EndDatabaseRun(plan, before, {}, options, journal, machine, database);

@@ -13,6 +13,7 @@
 #include "adapters/posix/NativeName.h"
 #include "apps/nomiractl/Commands.h"
 #include "apps/nomiractl/DatabaseWork.h"
+#include "apps/nomiractl/Jobs.h"
 #include "apps/nomiractl/KeySelection.h"
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/NameSet.h"
@@ -61,8 +62,15 @@ class XrefRun {
     }
 
     void TakePrograms() {
-        for (const fs::path& program : NamedPrograms(m_options.programs))
-            TakeProgram(program);
+        NamesOfPrograms(
+            NamedPrograms(m_options.programs), ThreadsFor(m_options),
+            [this](const fs::path& program, const ProgramNames& found) {
+                TakeProgram(program, found);
+            },
+            [this](const fs::path& program, const Refusal& refusal) {
+                fmt::print(m_streams.err, "nomiractl: {}: {}\n", program.string(), refusal.what());
+                m_exit = Graver(m_exit, refusal.Exit());
+            });
     }
 
     ExitCode Finish() {
@@ -75,15 +83,7 @@ class XrefRun {
     }
 
   private:
-    void TakeProgram(const fs::path& program) {
-        ProgramNames found;
-        try {
-            found = NamesOfProgram(program);
-        } catch (const Refusal& refusal) {
-            fmt::print(m_streams.err, "nomiractl: {}: {}\n", program.string(), refusal.what());
-            m_exit = Graver(m_exit, refusal.Exit());
-            return;
-        }
+    void TakeProgram(const fs::path& program, const ProgramNames& found) {
         for (const HeaderName& name : found.names)
             m_signals[name.key].uses.push_back({program.string(), name.nLine});
         for (const std::int64_t nLine : found.unreadable)
