@@ -1,8 +1,6 @@
 // A prefix of its own for tests of the companion's commands, and runs of them in this process.
 #pragma once
 
-#include <unistd.h>
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -12,6 +10,7 @@
 #include <vector>
 
 #include "apps/nomiractl/Nomiractl.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TestDatabase.h"
 #include "testing/TextPrinting.h"
 
@@ -28,16 +27,9 @@ struct Outcome {
 
 class CommandRun {
   public:
-    CommandRun() {
-        std::string sName = (std::filesystem::temp_directory_path() / "nomiractl-XXXXXX").string();
-        m_root = mkdtemp(sName.data());
-        std::filesystem::create_directories(Database().parent_path());
-    }
-    ~CommandRun() { std::filesystem::remove_all(m_root); }
-    CommandRun(const CommandRun&) = delete;
-    CommandRun& operator=(const CommandRun&) = delete;
+    CommandRun() { std::filesystem::create_directories(Database().parent_path()); }
 
-    std::filesystem::path Root() const { return m_root; }
+    std::filesystem::path Root() const { return m_root.Path(); }
     std::filesystem::path Prefix() const { return m_root / "prefix"; }
     // Where the prefix has the message database.
     std::filesystem::path Database() const { return Prefix() / "drives/c/tqx/data/orvo_con.mdb"; }
@@ -48,9 +40,16 @@ class CommandRun {
         return RunAlone(args);
     }
     // The same without naming the prefix.
-    static Outcome RunAlone(const std::vector<std::string>& args) {
+    static Outcome RunAlone(const std::vector<std::string>& args) { return RunAloneOn({}, args); }
+    // The same with something on the standard input.
+    Outcome RunOn(const std::string& sInput, std::vector<std::string> args) const {
+        args.insert(args.begin(), {"--prefix", Prefix().string()});
+        return RunAloneOn(sInput, args);
+    }
+    static Outcome RunAloneOn(const std::string& sInput, const std::vector<std::string>& args) {
+        std::istringstream in(sInput);
         std::ostringstream out, err;
-        const companion::ExitCode exit = companion::RunNomiractl(args, out, err);
+        const companion::ExitCode exit = companion::RunNomiractl(args, out, err, in);
         return {exit, out.str(), err.str()};
     }
 
@@ -81,7 +80,7 @@ class CommandRun {
     }
 
   private:
-    std::filesystem::path m_root;
+    TemporaryFolder m_root;
 };
 
 }  // namespace nomira::testing

@@ -5,6 +5,7 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 
+#include <array>
 #include <chrono>
 #include <random>
 #include <thread>
@@ -193,6 +194,29 @@ TEST_F(CompanionKillTest, AnInterruptedRewriteIsDoneOrNotDoneAndItsStatusTells) 
         ExpectPrograms(bDone ? "brand new " : "old");
         ExpectNoLitter();
     }
+}
+
+TEST_F(CompanionKillTest, AnInterruptedExportLeavesTheOldFileOrTheNewOne) {
+    Random random;
+    SCOPED_TRACE(random.Seed());
+    fs::create_directory(m_run.Root() / "out");
+    const std::string sFile = m_run.Write("out/names.txt", "old");
+    const Strings exporting{"export", sFile};
+    const auto whole = TimeOf(exporting);
+    const std::string sNew = CommandRun::Bytes(sFile);
+    constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
+    int nInterrupted = 0;
+    for (int n = 0; n < 30 && !HasFailure(); ++n) {
+        m_run.Write("out/names.txt", "old");
+        const int nStatus = Signalled(exporting, kSignals.at(n % 3), whole, random);
+        const bool bDone = WIFEXITED(nStatus) && WEXITSTATUS(nStatus) == 0;
+        EXPECT_TRUE(bDone || WIFSIGNALED(nStatus) || WEXITSTATUS(nStatus) == 130) << nStatus;
+        const std::string bytes = CommandRun::Bytes(sFile);
+        EXPECT_TRUE(bytes == sNew || (bytes == "old" && !bDone)) << bytes.size();
+        EXPECT_EQ(CountFiles(m_run.Root() / "out"), 1);
+        if (WIFEXITED(nStatus) && WEXITSTATUS(nStatus) == 130) ++nInterrupted;
+    }
+    EXPECT_GT(nInterrupted, 0);
 }
 
 // ---- A disk that is full: no file may grow beyond a size ----

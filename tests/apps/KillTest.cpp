@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "adapters/sqlite/StoreSchema.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 extern char** environ;
@@ -41,16 +42,13 @@ std::string TextOf(int nLine) {
 class Machine {
   public:
     Machine() {
-        char sTemplate[] = "/tmp/nomira-kill-XXXXXX";
-        m_root = mkdtemp(sTemplate);
         fs::create_directories(Data());
         std::ofstream file(m_root / "drives/c/names.txt", std::ios::binary);
         for (int n = 0; n < kLines; ++n)
             file << KeyOf(n) << ' ' << TextOf(n) << "\r\n";
         nomira::sqlite::CreateStore(m_root / "empty.mdb");
-        setenv("NOMIRA_PREFIX", m_root.c_str(), 1);
+        setenv("NOMIRA_PREFIX", m_root.Path().c_str(), 1);
     }
-    ~Machine() { fs::remove_all(m_root); }
 
     fs::path Data() const { return m_root / "drives/c/tqx/data"; }
     fs::path Database() const { return Data() / "orvo_con.mdb"; }
@@ -78,7 +76,7 @@ class Machine {
     }
 
   private:
-    fs::path m_root;
+    nomira::testing::TemporaryFolder m_root;
 };
 
 std::vector<std::string> Column(sqlite3* db, const char* sSql) {

@@ -12,6 +12,7 @@
 #include "adapters/sqlite/StoreSchema.h"
 #include "testing/Random.h"
 #include "testing/RunProcess.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TestDatabase.h"
 #include "testing/TextPrinting.h"
 
@@ -31,15 +32,11 @@ constexpr const char* kWrong = "Nomira: command lines arguments wrong !!!\n";
 class NomiraTest : public ::testing::Test {
   protected:
     NomiraTest() {
-        std::string sTemplate = (fs::temp_directory_path() / "nomira-test-XXXXXX").string();
-        if (!mkdtemp(sTemplate.data())) throw std::runtime_error("no temporary folder");
-        m_prefix = sTemplate;
         fs::create_directories(Database().parent_path());
         sqlite::CreateStore(Database());
     }
-    ~NomiraTest() override { fs::remove_all(m_prefix); }
 
-    fs::path Prefix() const { return m_prefix; }
+    fs::path Prefix() const { return m_prefix.Path(); }
     fs::path Drive() const { return m_prefix / "drives/c"; }
     fs::path Database() const { return Drive() / "tqx/data/orvo_con.mdb"; }
 
@@ -54,9 +51,9 @@ class NomiraTest : public ::testing::Test {
     }
     ProcessOutcome Run(const std::vector<std::string>& arguments,
                        testing::Environment environment = {}) const {
-        environment.insert(environment.begin(), {{"NOMIRA_PREFIX", m_prefix.string()},
+        environment.insert(environment.begin(), {{"NOMIRA_PREFIX", Prefix().string()},
                                                  {"LC_ALL", "C"},
-                                                 {"HOME", m_prefix.string()},
+                                                 {"HOME", Prefix().string()},
                                                  {"DISPLAY", ""},
                                                  {"WAYLAND_DISPLAY", ""}});
         return testing::RunProcess(NOMIRA_PROGRAM, arguments, environment);
@@ -74,7 +71,7 @@ class NomiraTest : public ::testing::Test {
     }
 
   private:
-    fs::path m_prefix;
+    nomira::testing::TemporaryFolder m_prefix;
 };
 
 TEST_F(NomiraTest, WithoutADisplayItSaysThatTheFormHasNone) {

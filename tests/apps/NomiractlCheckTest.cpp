@@ -121,6 +121,18 @@ TEST_F(NomiractlCheckTest, FindsEachWayInWhichALineGoesWrong) {
     EXPECT_EQ(FoundIn(sWords), (Strings{"1:1 text-many-words", "1:1 text-long-line"}));
 }
 
+TEST_F(NomiractlCheckTest, FindsWhatAnImportOfUtf8WouldRefuse) {
+    const Strings utf8{"--encoding", "utf-8", "--eol", "lf"};
+    EXPECT_EQ(FoundIn("IN_1 \xC2\xB5m 5 \xE2\x82\xAC\nOUT_1 x\r\n", utf8),
+              Strings{"1:6 text-refused-sign"});
+    EXPECT_EQ(FoundIn("\xEF\xBB\xBFIN_1 a\n", utf8), Strings{});
+    EXPECT_EQ(FoundIn("IN_1 a\nIN_2 5 \xCE\xA9\n", utf8), Strings{"2:8 text-outside-page"});
+    EXPECT_EQ(FoundIn("IN_1 \xF0\x9F\x9A\xA9!\xCE\xA9\n", utf8),
+              (Strings{"1:6 text-outside-page", "1:8 text-outside-page"}));
+    EXPECT_EQ(FoundIn("IN_1 F\xFCll\n", utf8), Strings{"1:7 text-not-utf8"});
+    EXPECT_EQ(FoundIn("\xFF\xFEI\r\n"), (Strings{"1:1 text-utf16-mark", "1:1 text-remark"}));
+}
+
 TEST_F(NomiractlCheckTest, BytesWithoutACharacterAreFound) {
     std::ofstream(m_run.Prefix() / "nomira.conf") << "codepage = 1253\n";
     EXPECT_EQ(FoundIn("IN_1 a\xAAz\r\n"), Strings{"1:7 text-no-character"});
@@ -143,7 +155,8 @@ TEST_F(NomiractlCheckTest, SentencesSayWhatIsWrong) {
     EXPECT_EQ(message("IN_1 a\r\nIN_2 x\r\nIN_1 b\r\n"),
               "key twice, lines 1 and 3: the later one counts");
     EXPECT_EQ(message("IN_1 a\nIN_2 b\n"),
-              "file has LF line ends: the program reads it as one line");
+              "file has LF line ends: the program reads it as one line; --eol lf takes it as it is"
+              " meant");
     EXPECT_EQ(message("timerText1 x\r\n"),
               "timerText1: keys are told apart by case; is TimerText1 meant?");
 }

@@ -1,5 +1,7 @@
 // The companion's commands on a controller, against the simulator as a process of its own.
+#include <signal.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <optional>
@@ -408,6 +410,64 @@ TEST_F(NomiractlControllerRewriteTest, AControllerThatDiesBeforeTheProgramIsBack
     EXPECT_EQ(done.out, "2 programs, 0 changed (0 lines), 2 with errors\n");
     EXPECT_EQ(Bytes("a.src"), kOld);
     EXPECT_EQ(Bytes("b.src"), kOld);
+}
+
+// Ctrl-C while the third program is looked for.
+class InterruptedRobotTest : public NomiractlControllerRewriteTest {
+  protected:
+    InterruptedRobotTest() {
+        for (const char* sPath : {"a.src", "b.src", "c.src"})
+            Put(sPath, kOld);
+    }
+    // Calls `meanwhile` when the first two programs are there with their new names.
+    template <typename Act>
+    Outcome RewriteInterrupted(Act meanwhile) {
+        Fault({{"on", "ResolvePath"}, {"match", "*c.src*"}, {"delay", 500}});
+        std::thread user([this, meanwhile] {
+            while (!Contains(m_simulator.ReadLogLine(), "c.src"))
+                ;
+            ::kill(::getpid(), SIGINT);
+            meanwhile();
+        });
+        const Outcome done = Rewrite({"a.src", "b.src", "c.src", "d.src"});
+        user.join();
+        return done;
+    }
+};
+
+TEST_F(InterruptedRobotTest, WhatWasSentIsSentBack) {
+    const Outcome done = RewriteInterrupted([] {});
+    EXPECT_EQ(done.exit, ExitCode::Interrupted);
+    EXPECT_EQ(done.err, "nomiractl: interrupted; nothing was changed\n");
+    EXPECT_GE(SentTo().size(), 4U);
+    for (const char* sPath : {"a.src", "b.src", "c.src"})
+        EXPECT_EQ(Bytes(sPath), kOld) << sPath;
+}
+
+TEST_F(InterruptedRobotTest, WhatCannotBeSentBackIsToldAndKeptOnTheDisk) {
+    Fault({{"on", "CopyFile"}, {"match", "*, TQX:*a.src*"}, {"call", 2}, {"fail", "no room"}});
+    const Outcome done = RewriteInterrupted([] {});
+    EXPECT_EQ(done.exit, ExitCode::Interrupted);
+    EXPECT_TRUE(done.err.starts_with(
+        "nomiractl: interrupted; these programs could not be sent back:\nnomiractl: a.src: can't"
+        " be sent"))
+        << done.err;
+    EXPECT_EQ(std::count(done.err.begin(), done.err.end(), '\n'), 2) << done.err;
+    EXPECT_EQ(Bytes("a.src"), kNew);
+    EXPECT_EQ(Bytes("b.src"), kOld);
+    const std::size_t nPath = done.err.find("kept as ") + 8;
+    const fs::path kept = done.err.substr(nPath, done.err.find('\n', nPath) - nPath);
+    EXPECT_EQ(CommandRun::Bytes(kept), kOld) << kept;
+    fs::remove_all(kept.parent_path());
+}
+
+TEST_F(InterruptedRobotTest, AControllerThatDiesThenIsToldForEachProgram) {
+    const Outcome done = RewriteInterrupted([this] { m_simulator.Stop(SIGKILL); });
+    EXPECT_EQ(done.exit, ExitCode::Interrupted);
+    for (const char* sName : {"a.src", "b.src"})
+        EXPECT_TRUE(Contains(done.err, std::string("nomiractl: ") + sName + ": ")) << done.err;
+    for (const auto& entry : fs::directory_iterator(Temporary()))
+        fs::remove_all(entry.path());
 }
 
 TEST_F(NomiractlControllerRewriteTest, OfTwoHundredProgramsOnlyTheChangedOnesAreSentBack) {

@@ -47,6 +47,7 @@ TEST_F(NomiractlHelpTest, ExamplesComeAheadOfTheUsage) {
 TEST_F(NomiractlHelpTest, ExamplesAreRightUsage) {
     m_run.Fill("(1,'IO','IN_5'),(2,'IO','OUT_7')", "(1,99,'a'),(2,99,'pump')");
     m_run.Write("names.txt", "IN_5 a\r\nOUT_7 pump\r\n");
+    m_run.Write("names-utf8.txt", "IN_5 \xC2\xB5m\n");
     m_run.Write("old.txt", "IN_5 a\r\n");
     m_run.Write("new.txt", "IN_5 b\r\n");
     m_run.Write("cell.reg", "REGEDIT4\r\n");

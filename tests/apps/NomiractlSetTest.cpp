@@ -73,7 +73,8 @@ TEST_F(NomiractlSetTest, WhatALineOfATextFileCannotSayIsRefused) {
     ExpectRefused(m_run.Run({"set", "IN_12345", "x"}), "too many digits");
     ExpectRefused(m_run.Run({"set", "IN_1", "two\r\nlines"}), "one line");
     ExpectRefused(m_run.Run({"set", "IN_1 IN_2", "x"}), "no key");
-    ExpectRefused(m_run.Run({"set", "IN_1", "\xE4\xBD\xA0"}), "code page 1252 lacks");
+    ExpectRefused(m_run.Run({"set", "IN_1", "\xE4\xBD\xA0"}),
+                  "IN_1: character 1: the character \"你\" (U+4F60) is not in code page 1252");
     EXPECT_EQ(Rows(), before);
     EXPECT_EQ(m_run.Run({"log", "--json"}).Json()["runs"].size(), 1U);
 }

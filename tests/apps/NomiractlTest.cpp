@@ -363,14 +363,22 @@ TEST(NomiractlTest, ExportToAFullDeviceIsRefused) {
     ExpectRefused(run.Run({"export", "/dev/full"}), "/dev/full: No space left on device");
 }
 
-TEST(NomiractlTest, ExportWarnsOfCharactersThatTheCodePageLacks) {
+TEST(NomiractlTest, ExportRefusesCharactersThatTheCodePageLacks) {
     const Filled run;
     ExecuteOn(run.Database(), "UPDATE Messages SET String='5 Ω' WHERE Key_id=2");
-    const Outcome exported = run.Run({"export", "-"});
-    EXPECT_EQ(exported.exit, ExitCode::Done);
-    EXPECT_TRUE(Contains(exported.out, "IN_2 5 ?\r\n"));
+    const std::string sTarget = run.Write("out.txt", "old");
+    const Outcome exported = run.Run({"export", sTarget});
+    EXPECT_EQ(exported.exit, ExitCode::Refused);
     EXPECT_EQ(exported.err,
-              "nomiractl: warning: IN_2: characters that code page 1252 lacks became \"?\"\n");
+              "nomiractl: " + sTarget +
+                  ":1:8: the character \"Ω\" (U+03A9) is not in code page 1252: IN_2\n"
+                  "nomiractl: 1 characters can't be written, and so nothing was;"
+                  " --encoding utf-8 has them all\n");
+    EXPECT_EQ(CommandRun::Bytes(sTarget), "old");
+    const nlohmann::json json = run.Run({"--json", "export", sTarget}).Json();
+    EXPECT_EQ(json["written"], false);
+    EXPECT_EQ(json["unwritable"], (nlohmann::json{"IN_2"}));
+    EXPECT_TRUE(Contains(run.Run({"export", "-", "--encoding", "utf-8"}).out, "IN_2 5 Ω\r\n"));
 }
 
 TEST(NomiractlTest, ExportReadsAReadOnlyDatabase) {

@@ -2,10 +2,10 @@
 
 #include <sstream>
 
-#include "adapters/posix/TemporaryFolder.h"
 #include "apps/nomiractl/PlanFile.h"
 #include "apps/nomiractl/Refusal.h"
 #include "testing/Random.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::companion {

@@ -6,8 +6,8 @@
 
 #include <sstream>
 
-#include "adapters/posix/TemporaryFolder.h"
 #include "apps/nomiractl/Interrupt.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::companion {

@@ -1,6 +1,6 @@
 #include "nativefiles/FileBeside.h"
 
-#include "adapters/posix/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::nativefiles {

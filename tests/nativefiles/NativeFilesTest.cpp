@@ -4,7 +4,7 @@
 
 #include <system_error>
 
-#include "adapters/posix/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::nativefiles {

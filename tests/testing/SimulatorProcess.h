@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+#include "testing/TemporaryFolder.h"
+
 namespace nomira::testing {
 
 class SimulatorProcess {
@@ -23,20 +25,13 @@ class SimulatorProcess {
     // Comes back when the simulator listens. Its program is at `sProgram`.
     explicit SimulatorProcess(std::string sProgram, std::vector<std::string> arguments = {})
         : m_sProgram(std::move(sProgram)) {
-        std::string sFolder = (std::filesystem::temp_directory_path() / "vexon3-XXXXXX").string();
-        if (!::mkdtemp(sFolder.data())) throw std::runtime_error("no temporary folder");
-        m_folder = sFolder;
         Start(std::move(arguments));
     }
-    ~SimulatorProcess() {
-        Stop(SIGKILL);
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
-    }
+    ~SimulatorProcess() { Stop(SIGKILL); }
     SimulatorProcess(const SimulatorProcess&) = delete;
     SimulatorProcess& operator=(const SimulatorProcess&) = delete;
 
-    const std::filesystem::path& Folder() const { return m_folder; }
+    const std::filesystem::path& Folder() const { return m_folder.Path(); }
     std::filesystem::path Socket() const { return m_folder / "run" / "vexon3.sock"; }
     std::filesystem::path Root() const { return m_folder / "controller"; }
     std::filesystem::path Disk() const { return m_folder / "disk"; }
@@ -103,7 +98,7 @@ class SimulatorProcess {
     static constexpr int kLogSize = 1024 * 1024;
 
     std::string m_sProgram;
-    std::filesystem::path m_folder;
+    TemporaryFolder m_folder;
     pid_t m_nChild = -1;
     int m_nLog = -1;
 };

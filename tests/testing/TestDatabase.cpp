@@ -45,17 +45,10 @@ fs::path DefaultParent() {
     return fs::is_directory(memory) ? memory : fs::temp_directory_path();
 }
 
-fs::path MakeFolder(const fs::path& parent) {
-    const fs::path base = parent.empty() ? DefaultParent() : parent;
-    std::string sTemplate = (base / "nomira-test-XXXXXX").string();
-    if (mkdtemp(sTemplate.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    return sTemplate;
-}
-
 }  // namespace
 
 TestDatabase::TestDatabase(const fs::path& parent, sqlite::Clock clock)
-    : m_folder(MakeFolder(parent)),
+    : m_folder(parent.empty() ? DefaultParent() : parent),
       m_engine([this](TextView sPath) { return FileOf(sPath); }, std::move(clock)) {
     sqlite::CreateStore(Path());
     SetDatabaseEngine(&m_engine);
@@ -64,8 +57,6 @@ TestDatabase::TestDatabase(const fs::path& parent, sqlite::Clock clock)
 TestDatabase::~TestDatabase() {
     CloseDatabase();
     SetDatabaseEngine(nullptr);
-    std::error_code ignored;
-    fs::remove_all(m_folder, ignored);
 }
 
 void TestDatabase::Execute(const std::string& sSql) const {

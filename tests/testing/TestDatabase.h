@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "adapters/sqlite/SqliteEngine.h"
+#include "testing/TemporaryFolder.h"
 
 namespace nomira::testing {
 
@@ -32,7 +33,7 @@ class TestDatabase {
 
     // The store's file.
     std::filesystem::path Path() const { return m_folder / "orvo_con.mdb"; }
-    std::filesystem::path Folder() const { return m_folder; }
+    std::filesystem::path Folder() const { return m_folder.Path(); }
     // Where a path of the program leads to.
     std::filesystem::path FileOf(TextView sPath) const;
     // Removes the store's file.
@@ -43,7 +44,7 @@ class TestDatabase {
     sqlite::SqliteEngine& Engine() { return m_engine; }
 
   private:
-    std::filesystem::path m_folder;
+    TemporaryFolder m_folder;
     sqlite::SqliteEngine m_engine;
 };
 

@@ -23,10 +23,12 @@
 #include "apps/nomiractl/NameTable.h"
 #include "apps/nomiractl/ProgramCheck.h"
 #include "apps/nomiractl/ProgramPaths.h"
+#include "apps/nomiractl/ProgressBar.h"
 #include "apps/nomiractl/RegistryCheck.h"
 #include "apps/nomiractl/ReplaceFile.h"
 #include "apps/nomiractl/Terminal.h"
 #include "apps/nomiractl/TextFileCheck.h"
+#include "apps/nomiractl/TextSource.h"
 #include "apps/nomiractl/Words.h"
 #include "langtools/RuntimeError.h"
 
@@ -37,12 +39,17 @@ namespace fs = std::filesystem;
 
 class CheckRun {
   public:
-    CheckRun(const Options& options, Streams streams) : m_options(options), m_streams(streams) {}
+    CheckRun(const Options& options, Streams streams)
+        : m_options(options),
+          m_streams(streams),
+          m_bar(ScreenFor(options, streams), "check", ProgressUnit::Bytes,
+                SizeOfFiles(options.programs)) {}
 
     void CheckAll() {
         for (const fs::path& path : m_options.programs)
             Guard(path, [&] { CheckPath(path); });
         CheckWaiting();
+        m_bar.Wipe();
     }
 
     ExitCode Finish() {
@@ -76,19 +83,17 @@ class CheckRun {
 
     void Fail(const std::string& sWords, ExitCode exit) {
         CheckWaiting();
+        m_bar.Wipe();
         fmt::print(m_streams.err, "nomiractl: {}\n", sWords);
         m_exit = Graver(m_exit, exit);
     }
 
     void CheckPath(const fs::path& path) {
-        const FileKind kind = KindOf(path, m_options.sKind);
+        const FileKind kind = path == kStream ? FileKind::TextFile : KindOf(path, m_options.sKind);
         if (kind != FileKind::Programs) CheckWaiting();
         switch (kind) {
             case FileKind::TextFile:
-                CheckTextFile(path);
-                m_findings.Begin(path.string(), "text");
-                TheMachine();
-                return CheckTextFileLines(path, m_findings);
+                return CheckOneTextFile(path);
             case FileKind::Programs:
                 m_waiting.push_back({path, NamedPrograms({path})});
                 return;
@@ -106,6 +111,7 @@ class CheckRun {
     Machine& TheMachine() {
         if (!m_machine) {
             m_machine.emplace(m_options);
+            m_bar.Wipe();
             m_machine->PrintWarnings(m_streams.err);
         }
         return *m_machine;
@@ -119,6 +125,13 @@ class CheckRun {
         m_noNames.reset();
         m_names.emplace(database.ReadItems());
         return true;
+    }
+
+    void CheckOneTextFile(const fs::path& path) {
+        const auto source = ReadTextSource(path, FormOf(m_options), m_streams.in);
+        m_findings.Begin(source->Name(), "text");
+        TheMachine().TakeText(path, source, [this](std::size_t nBytes) { m_bar.Step(nBytes); });
+        CheckTextFileLines(path, *source, m_findings);
     }
 
     void LeaveMachine() {
@@ -180,6 +193,7 @@ class CheckRun {
                     return CheckOneProgram(program, bDatabase, bAsked);
                 });
                 m_findings.Append(std::move(checked.findings));
+                m_bar.Step(SizeOfFile(program));
                 m_exit = Graver(m_exit, checked.exit);
             });
     }
@@ -236,6 +250,7 @@ class CheckRun {
 
     const Options& m_options;
     Streams m_streams;
+    ProgressBar m_bar;
     Findings m_findings;
     ExitCode m_exit = ExitCode::Done;
     std::optional<Machine> m_machine;
@@ -269,6 +284,8 @@ ExitCode ListRules(const Options& options, Streams streams) {
 
 ExitCode CheckFiles(const Options& options, Streams streams) {
     if (options.bListRules) return ListRules(options, streams);
+    if (std::count(options.programs.begin(), options.programs.end(), fs::path(kStream)) > 1)
+        throw Refusal("the standard input can be read once only", ExitCode::WrongUsage);
     CheckRun run(options, streams);
     run.CheckAll();
     return run.Finish();

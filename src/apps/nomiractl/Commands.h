@@ -2,6 +2,7 @@
 // RuntimeError through; the database and the files are then as they were.
 #pragma once
 
+#include <istream>
 #include <ostream>
 
 #include "apps/nomiractl/Options.h"
@@ -9,10 +10,11 @@
 
 namespace nomira::companion {
 
-// Where a command's results, and its errors and warnings, go.
+// Where a command's results, and its errors and warnings, go, and where "-" is read from.
 struct Streams {
     std::ostream& out;
     std::ostream& err;
+    std::istream& in;
 };
 
 using Command = ExitCode (*)(const Options&, Streams);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "apps/nomiractl/HelpText.h"
 #include "apps/nomiractl/KeySelection.h"
 
 namespace nomira::companion {
@@ -23,6 +24,10 @@ std::vector<OptionValues> AllValues() {
     return {{"--format", {"text", "json", "sarif", "junit"}},
             {"--as", {"auto", "text", "program", "database", "registry"}},
             {"--color", {"auto", "always", "never"}},
+            {"--code-page", {"1250", "1251", "1252", "8859-1", "8859-15"}},
+            {"--encoding", {"code-page", "utf-8"}},
+            {"--eol", {"crlf", "lf"}},
+            {"--atomic", {"in-place", "rename"}},
             classes};
 }
 
@@ -46,10 +51,10 @@ struct Level {
 
 void Collect(const CLI::App& app, const std::string& sPath, std::vector<Level>& levels) {
     Level level{sPath, {}, OptionsOf(app)};
-    for (const CLI::App* sub : app.get_subcommands({}))
+    for (const CLI::App* sub : VisibleCommands(app))
         level.commands.push_back(sub->get_name());
     levels.push_back(level);
-    for (const CLI::App* sub : app.get_subcommands({}))
+    for (const CLI::App* sub : VisibleCommands(app))
         Collect(*sub, sPath + "/" + sub->get_name(), levels);
 }
 
@@ -155,7 +160,7 @@ void AppendFish(const CLI::App& app, std::string& sScript) {
     const bool bTop = !app.get_parent();
     const std::string sWhen =
         bTop ? "__fish_use_subcommand" : fmt::format("__fish_seen_subcommand_from {}", sName);
-    for (const CLI::App* sub : app.get_subcommands({}))
+    for (const CLI::App* sub : VisibleCommands(app))
         sScript += fmt::format("complete -c nomiractl -n '{}' -a {} -d '{}'\n", sWhen,
                                sub->get_name(), FishQuoted(sub->get_description()));
     for (const CLI::Option* option : app.get_options())
@@ -164,7 +169,7 @@ void AppendFish(const CLI::App& app, std::string& sScript) {
                                    bTop ? "" : fmt::format(" -n '{}'", sWhen), sLong,
                                    option->get_items_expected_max() > 0 ? " -r" : "",
                                    FishQuoted(option->get_description()));
-    for (const CLI::App* sub : app.get_subcommands({}))
+    for (const CLI::App* sub : VisibleCommands(app))
         AppendFish(*sub, sScript);
 }
 

@@ -13,6 +13,7 @@
 #include "apps/nomiractl/Interrupt.h"
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/PrivateFolder.h"
+#include "apps/nomiractl/ProgressBar.h"
 #include "apps/nomiractl/ReplaceFile.h"
 #include "apps/nomiractl/RewriteRun.h"
 #include "apps/nomiractl/Words.h"
@@ -93,10 +94,24 @@ class RobotPrograms {
             });
     }
 
-    // For a run that is broken off. The controller finds each by its name again.
+    // For a run that is broken off: sends the old programs back, each found by its name again. One
+    // that the controller doesn't take is kept on the disk, and all of these are told.
     void SendBackOldOnes() {
-        for (const fs::path& old : m_sent)
-            m_link.Send(old);
+        std::string sKept;
+        for (const fs::path& old : m_sent) {
+            try {
+                m_link.Send(old);
+            } catch (const Refusal& refusal) {
+                sKept += fmt::format(
+                    "\nnomiractl: {}: {}; it may have its new names there, and as"
+                    " it was it is kept as {}",
+                    Shown(posix::FromNative(old.filename().string())), refusal.what(),
+                    old.string());
+            }
+        }
+        if (sKept.empty()) return;
+        m_oldPrograms.Keep();
+        throw Interruption("interrupted; these programs could not be sent back:" + sKept);
     }
 
   private:
@@ -126,11 +141,17 @@ ExitCode RewriteOnRobot(const Options& options, Streams streams) {
     DatabaseWork database(machine.Database(), machine.Engine(), DatabaseUse::Read);
     database.ReadItems();
     ControllerLink link(machine.ControllerSocket());
-    RewriteRun run(options, streams, machine.Boxes(), database);
+    const std::vector<Program> programs = options.bAll ? AllPrograms(link) : NamedPrograms(options);
+    ProgressBar bar(ScreenFor(options, streams), "rewrite", ProgressUnit::Programs,
+                    programs.size());
+    StreamsAboveBar above(streams, bar);
+    RewriteRun run(options, above.All(), machine.Boxes(), database);
     RobotPrograms robot(link, run);
     try {
-        for (const Program& program : options.bAll ? AllPrograms(link) : NamedPrograms(options))
+        for (const Program& program : programs) {
             robot.Rewrite(program);
+            bar.Step();
+        }
     } catch (const Interruption&) {
         robot.SendBackOldOnes();
         throw;

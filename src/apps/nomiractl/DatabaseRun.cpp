@@ -7,6 +7,7 @@
 
 #include "apps/nomiractl/PlanViews.h"
 #include "apps/nomiractl/Runs.h"
+#include "apps/nomiractl/TextSource.h"
 
 namespace nomira::companion {
 
@@ -16,7 +17,7 @@ void EndDatabaseRun(Plan& plan, const Rows& before, const std::filesystem::path&
     RequireAtMost(plan, options.maxChanges);
     if (journal && CommitRun(plan, *journal, database)) machine.TellOfChange();
     if (options.planFile.empty()) return;
-    if (!input.empty()) plan.inputs.push_back(InputOf(input));
+    if (!input.empty() && input != kStream) plan.inputs.push_back(InputOf(input));
     plan.databaseState = FingerprintOf(before);
     SavePlan(plan, options);
 }

@@ -11,8 +11,8 @@ namespace nomira::companion {
 
 // Does with the plan what the options ask for: commits it as a run, saves it, or neither; the
 // database has the changes in its transaction already. `before` are the rows ahead of them, and
-// `input` the file that asks for them, if there is one. Throws Refusal, also for more changes than
-// are allowed.
+// `input` the file that asks for them, if there is one; of "-" nothing is kept. Throws Refusal,
+// also for more changes than are allowed.
 void EndDatabaseRun(Plan& plan, const Rows& before, const std::filesystem::path& input,
                     const Options& options, const std::optional<Journal>& journal, Machine& machine,
                     DatabaseWork& database);

@@ -17,6 +17,8 @@
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/NameSet.h"
 #include "apps/nomiractl/ProgramPaths.h"
+#include "apps/nomiractl/ProgressBar.h"
+#include "apps/nomiractl/TextSource.h"
 #include "apps/nomiractl/Words.h"
 #include "langtools/RuntimeError.h"
 
@@ -52,7 +54,8 @@ NameSet NamesOfDatabase(const Options& options, const fs::path& path, std::ostre
     return names;
 }
 
-NameSet NamesOfFolder(const Options& options, const fs::path& path, std::ostream& err) {
+NameSet NamesOfFolder(const Options& options, const fs::path& path, std::ostream& err,
+                      ProgressBar& bar) {
     NameSet names;
     NamesOfPrograms(
         NamedPrograms({path}), ThreadsFor(options),
@@ -63,6 +66,7 @@ NameSet NamesOfFolder(const Options& options, const fs::path& path, std::ostream
             for (const std::int64_t nLine : found.unreadable)
                 fmt::print(err, "nomiractl: warning: {}:{}: a header that can't be read\n", sFile,
                            nLine);
+            bar.Step(SizeOfFile(program));
         },
         [](const fs::path& program, const Refusal& refusal) {
             throw Refusal(fmt::format("{}: {}", program.string(), refusal.what()), refusal.Exit());
@@ -70,25 +74,32 @@ NameSet NamesOfFolder(const Options& options, const fs::path& path, std::ostream
     return names;
 }
 
-Side ReadSide(const Options& options, const fs::path& path, std::ostream& err) {
+Side NamesOfText(const Options& options, const fs::path& path, Streams streams, ProgressBar& bar) {
+    const auto source = ReadTextSource(path, FormOf(options), streams.in);
+    Machine machine(options);
+    machine.PrintWarnings(streams.err);
+    source->RequireNoFlaws();
+    machine.TakeText(path, source, [&bar](std::size_t nBytes) { bar.Step(nBytes); });
+    return {source->Name(), NamesOfTextFile(path)};
+}
+
+Side ReadSide(const Options& options, const fs::path& path, Streams streams, ProgressBar& bar) {
+    if (path == kStream) return NamesOfText(options, path, streams, bar);
     if (path == kDatabaseWord && !fs::exists(path))
-        return {"database", NamesOfDatabase(options, {}, err)};
+        return {"database", NamesOfDatabase(options, {}, streams.err)};
     switch (KindOf(path, "auto")) {
         case FileKind::Database:
-            return {path.string(), NamesOfDatabase(options, path, err)};
+            return {path.string(), NamesOfDatabase(options, path, streams.err)};
         case FileKind::Registry:
             throw Refusal(fmt::format("{}: a registry holds no names", path.string()));
         case FileKind::Programs: {
             const Machine machine(options);
-            return {path.string(), NamesOfFolder(options, path, err), true};
+            return {path.string(), NamesOfFolder(options, path, streams.err, bar), true};
         }
         case FileKind::TextFile:
             break;
     }
-    CheckTextFile(path);
-    const Machine machine(options);
-    machine.PrintWarnings(err);
-    return {path.string(), NamesOfTextFile(path)};
+    return NamesOfText(options, path, streams, bar);
 }
 
 // The names of one key on both sides. To programs a key without a name, and one that isn't there,
@@ -247,8 +258,14 @@ void PrintJson(const Side& left, const Side& right, const std::vector<Row>& rows
 }  // namespace
 
 ExitCode DiffNames(const Options& options, Streams streams) {
-    const Side left = ReadSide(options, options.oldSide, streams.err);
-    const Side right = ReadSide(options, options.newSide, streams.err);
+    if (options.oldSide == kStream && options.newSide == kStream)
+        throw Refusal("the standard input can be read once only", ExitCode::WrongUsage);
+    ProgressBar bar(ScreenFor(options, streams), "diff", ProgressUnit::Bytes,
+                    SizeOfFiles({options.oldSide, options.newSide}));
+    StreamsAboveBar above(streams, bar);
+    const Side left = ReadSide(options, options.oldSide, above.All(), bar);
+    const Side right = ReadSide(options, options.newSide, above.All(), bar);
+    bar.Wipe();
     const std::vector<Row> rows = CompareSides(left, right);
     const bool bDiffers =
         std::any_of(rows.begin(), rows.end(), [](const Row& row) { return row.Differs(); });

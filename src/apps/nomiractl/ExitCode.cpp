@@ -8,12 +8,7 @@
 namespace nomira::companion {
 namespace {
 
-struct Words {
-    ExitCode exit;
-    const char* sWords;
-};
-
-constexpr Words kWords[]{
+constexpr ExitWords kWords[]{
     {ExitCode::Done, "done; no difference, no finding"},
     {ExitCode::Differs, "differences or findings (diff, check, get, rewrite --check)"},
     {ExitCode::WrongUsage, "wrong usage"},
@@ -59,8 +54,12 @@ ExitCode ExitOf(const RuntimeError& error) {
     return found == std::end(kFailures) ? ExitCode::Refused : found->exit;
 }
 
+std::span<const ExitWords> ExitCodeTable() {
+    return kWords;
+}
+
 void PrintExitCodes(std::ostream& out) {
-    for (const Words& words : kWords)
+    for (const ExitWords& words : kWords)
         fmt::print(out, "  {:<4} {}\n", static_cast<int>(words.exit), words.sWords);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <ostream>
+#include <span>
 
 #include "langtools/RuntimeError.h"
 
@@ -26,7 +27,13 @@ constexpr ExitCode Graver(ExitCode left, ExitCode right) {
 // The status of a failure of the core that nobody has put in words.
 ExitCode ExitOf(const RuntimeError& error);
 
-// The table of all numbers, a line each, for the help.
+struct ExitWords {
+    ExitCode exit;
+    const char* sWords;
+};
+// All of them with their meanings, in the order of their numbers.
+std::span<const ExitWords> ExitCodeTable();
+// The same, a line each, for the help.
 void PrintExitCodes(std::ostream& out);
 
 }  // namespace nomira::companion

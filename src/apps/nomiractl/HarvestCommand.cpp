@@ -7,11 +7,11 @@
 
 #include "apps/nomiractl/Commands.h"
 #include "apps/nomiractl/DatabaseRun.h"
-#include "apps/nomiractl/FileChecks.h"
 #include "apps/nomiractl/Interrupt.h"
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/PlanViews.h"
 #include "apps/nomiractl/Runs.h"
+#include "apps/nomiractl/TextSource.h"
 #include "apps/nomiractl/Words.h"
 #include "database/adoModul.h"
 #include "ui/NomiraMain.h"
@@ -95,10 +95,11 @@ void Show(const Options& options, const ByClass<ClassChanges>& changes, std::ost
 
 ExitCode HarvestAssignments(const Options& options, Streams streams) {
     const InterruptWatch interrupts;
-    CheckTextFile(options.file);
+    const auto source = ReadTextSource(options.file, {}, streams.in);
     const std::optional<Journal> journal = JournalFor(options, streams.err);
     Machine machine(options);
     machine.PrintWarnings(streams.err);
+    machine.TakeText(options.file, source);
     DatabaseWork database(machine.Database(), machine.Engine(), DatabaseUse::Write);
     const Rows before = database.ReadRows();
     const HarvestForms forms(options);

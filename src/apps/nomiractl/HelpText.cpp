@@ -88,7 +88,7 @@ class Walk {
     }
     std::vector<std::string> CommandNames() const {
         std::vector<std::string> names;
-        for (const CLI::App* sub : m_chain.back()->get_subcommands({}))
+        for (const CLI::App* sub : VisibleCommands(*m_chain.back()))
             names.push_back(sub->get_name());
         return names;
     }
@@ -102,6 +102,10 @@ std::string CommandWords(const CLI::App& app) {
     if (!app.get_parent()) return {};
     const std::string sAhead = CommandWords(*app.get_parent());
     return sAhead.empty() ? app.get_name() : sAhead + " " + app.get_name();
+}
+
+std::vector<const CLI::App*> VisibleCommands(const CLI::App& app) {
+    return app.get_subcommands([](const CLI::App* sub) { return !sub->get_group().empty(); });
 }
 
 std::string HelpText::make_usage(const CLI::App* app, std::string sName) const {

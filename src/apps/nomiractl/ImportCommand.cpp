@@ -2,13 +2,13 @@
 
 #include "apps/nomiractl/Commands.h"
 #include "apps/nomiractl/DatabaseRun.h"
-#include "apps/nomiractl/FileChecks.h"
 #include "apps/nomiractl/ImportPass.h"
 #include "apps/nomiractl/ImportReport.h"
 #include "apps/nomiractl/Interrupt.h"
 #include "apps/nomiractl/KnownTexts.h"
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/PlanViews.h"
+#include "apps/nomiractl/ProgressBar.h"
 #include "apps/nomiractl/Runs.h"
 #include "apps/nomiractl/Words.h"
 #include "conversion/TextImport.h"
@@ -96,6 +96,12 @@ Plan PlanOf(const Options& options, const Machine& machine, std::vector<ItemChan
     return plan;
 }
 
+// Two passes where classes are wiped first.
+std::uint64_t LinesToRead(const TextSource& source, const Options& options) {
+    const auto nLines = static_cast<std::uint64_t>(CountLines(source.Bytes(), source.Form().ends));
+    return options.bOverwrite ? 2 * nLines : nLines;
+}
+
 void Show(const ImportReport& report, const Options& options, Streams streams) {
     if (options.bJson)
         streams.out << ReportAsJson(report).dump(2) << '\n';
@@ -108,11 +114,15 @@ void Show(const ImportReport& report, const Options& options, Streams streams) {
 
 ExitCode ImportTextFile(const Options& options, Streams streams) {
     const InterruptWatch interrupts;
-    CheckTextFile(options.file);
+    const auto source = ReadTextSource(options.file, FormOf(options), streams.in);
     const std::optional<Journal> journal = JournalFor(options, streams.err);
     Machine machine(options);
     machine.PrintWarnings(streams.err);
-    ImportReport report{.sFile = options.file.string(),
+    source->RequireNoFlaws();
+    ProgressBar bar(ScreenFor(options, streams), "import", ProgressUnit::Lines,
+                    LinesToRead(*source, options));
+    machine.TakeText(options.file, source, [&bar](std::size_t) { bar.Step(); });
+    ImportReport report{.sFile = source->Name(),
                         .sDatabase = machine.Database().string(),
                         .bCustomer = IsCustomerVw(),
                         .bOverwrite = options.bOverwrite,
@@ -121,6 +131,7 @@ ExitCode ImportTextFile(const Options& options, Streams streams) {
     DatabaseWork database(machine.Database(), machine.Engine(), DatabaseUse::Write);
     const Rows before = database.ReadRows();
     const bool bTouched = RunPasses(options, before, report);
+    bar.Wipe();
     if (report.failed.empty()) database.RequireNoFailure();
     std::vector<ItemChange> changes;
     if (bTouched) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 
 #include "apps/nomiractl/ExitCode.h"
 
@@ -13,7 +14,7 @@ namespace nomira::companion {
 class Interruption : public std::runtime_error {
   public:
     Interruption() : std::runtime_error("interrupted; nothing was changed") {}
-    explicit Interruption(const char* sWords) : std::runtime_error(sWords) {}
+    explicit Interruption(const std::string& sWords) : std::runtime_error(sWords) {}
 };
 
 // While it lives, the first SIGINT, SIGTERM or SIGHUP is kept for RequireNoInterrupt; a second one

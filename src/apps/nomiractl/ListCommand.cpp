@@ -13,8 +13,10 @@
 #include "apps/nomiractl/KeySelection.h"
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/Terminal.h"
+#include "apps/nomiractl/TextForm.h"
 #include "apps/nomiractl/Words.h"
 #include "langtools/BasicText.h"
+#include "langtools/CodePage.h"
 
 namespace nomira::companion {
 namespace {
@@ -80,17 +82,41 @@ Json AsJson(const Row& row) {
     return json;
 }
 
+// A cell of the output in the encoding that the options ask for. Throws Refusal for one that the
+// code page can't hold, ahead of all output.
+class Cells {
+  public:
+    explicit Cells(const Options& options)
+        : m_encoding(FormOf(options, {.encoding = TextEncoding::Utf8}).encoding) {}
+
+    std::string operator()(const std::string& sUtf8) const {
+        if (m_encoding == TextEncoding::Utf8) return sUtf8;
+        return SystemCodePage().Encode(posix::FromNative(sUtf8));
+    }
+    void Require(const Row& row) const {
+        for (const TextFlaw& flaw : FlawsOfRow(row.sText, 1, m_encoding, SystemCodePage()))
+            if (flaw.flaw == Flaw::OutsidePage)
+                throw Refusal(fmt::format("{}: character {}: {}", Shown(row.sKey), flaw.nColumn,
+                                          InWords(flaw, SystemCodePage())));
+    }
+
+  private:
+    TextEncoding m_encoding;
+};
+
 // For a pipe a tab stands between key and text; on a terminal they are columns.
-void Print(const std::vector<Row>& rows, std::ostream& out) {
+void Print(const std::vector<Row>& rows, const Cells& cells, std::ostream& out) {
+    for (const Row& row : rows)
+        cells.Require(row);
     if (!IsTerminal(out)) {
         for (const Row& row : rows)
-            out << ShownWhole(row.sKey) << '\t' << ShownWhole(row.sText) << '\n';
+            out << cells(ShownWhole(row.sKey)) << '\t' << cells(ShownWhole(row.sText)) << '\n';
         return;
     }
-    const std::size_t nRoom = std::max(TerminalWidth(), 2 * kKeyColumn) - kKeyColumn - 1;
+    const std::size_t nRoom = std::max(TerminalWidth(out), 2 * kKeyColumn) - kKeyColumn - 1;
     for (const Row& row : rows)
-        fmt::print(out, "{:<{}} {}\n", ShownWhole(row.sKey), kKeyColumn,
-                   row.IsFilled() ? CutToWidth(ShownWhole(row.sText), nRoom)
+        fmt::print(out, "{:<{}} {}\n", cells(ShownWhole(row.sKey)), kKeyColumn,
+                   row.IsFilled() ? cells(CutToWidth(ShownWhole(row.sText), nRoom))
                                   : fmt::format("({})", row.sState));
 }
 
@@ -135,11 +161,14 @@ void PrintJson(const std::vector<Got>& all, std::ostream& out) {
 }
 
 // One key gives its bare text, for scripts.
-void PrintTexts(const std::vector<Got>& all, std::ostream& out) {
+void PrintTexts(const std::vector<Got>& all, const Cells& cells, std::ostream& out) {
+    for (const Got& got : all)
+        for (const Row& row : got.rows)
+            cells.Require(row);
     for (const Got& got : all)
         for (const Row& row : got.rows) {
-            if (all.size() > 1) out << ShownWhole(row.sKey) << '\t';
-            out << ShownWhole(row.sText) << '\n';
+            if (all.size() > 1) out << cells(ShownWhole(row.sKey)) << '\t';
+            out << cells(ShownWhole(row.sText)) << '\n';
         }
 }
 
@@ -158,7 +187,7 @@ ExitCode ListNames(const Options& options, Streams streams) {
             json.push_back(AsJson(row));
         streams.out << json.dump(2) << '\n';
     } else if (!options.bQuiet) {
-        Print(rows, streams.out);
+        Print(rows, Cells(options), streams.out);
     }
     return ExitCode::Done;
 }
@@ -170,7 +199,7 @@ ExitCode GetNames(const Options& options, Streams streams) {
     if (options.bJson)
         PrintJson(all, streams.out);
     else
-        PrintTexts(all, streams.out);
+        PrintTexts(all, Cells(options), streams.out);
     ExitCode exit = ExitCode::Done;
     for (const Got& got : all) {
         if (!got.rows.empty()) continue;

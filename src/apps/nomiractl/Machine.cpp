@@ -3,6 +3,7 @@
 #include <fmt/ostream.h>
 
 #include <optional>
+#include <utility>
 
 #include "adapters/posix/NativeName.h"
 #include "adapters/posix/PosixMachine.h"
@@ -10,6 +11,8 @@
 #include "adapters/sqlite/SqliteEngine.h"
 #include "apps/nomiractl/CustomerRegistry.h"
 #include "apps/nomiractl/HeldNotice.h"
+#include "apps/nomiractl/SourceFiles.h"
+#include "apps/nomiractl/Words.h"
 #include "database/adoModul.h"
 #include "langtools/BasicText.h"
 #include "langtools/CodePage.h"
@@ -33,14 +36,18 @@ struct Machine::Parts {
         : posix(PrefixRoot(options)),
           database(options.database.empty() ? fs::path(posix.prefix.NativePath(kLongTextDatabase))
                                             : options.database),
+          files(posix.files),
           notice(posix.closedLibrary),
           engine([this](TextView sPath) { return FileOf(sPath); }),
           link(rpc::DefaultSocket(posix.prefix.Root()),
                [this](TextView sPath) { return FileOf(sPath); }) {
+        if (options.codePage) otherLocale.emplace(*options.codePage);
         if (options.customer)
-            customerRegistry.emplace(posix.registry, posix.locale.EightBitPage().Encode(
+            customerRegistry.emplace(posix.registry, LocaleInUse().EightBitPage().Encode(
                                                          posix::FromNative(*options.customer)));
     }
+
+    Locale& LocaleInUse() { return otherLocale ? *otherLocale : posix.locale; }
 
     fs::path FileOf(TextView sPath) const {
         if (EqualNoCase(sPath, kLongTextDatabase)) return database;
@@ -50,9 +57,9 @@ struct Machine::Parts {
     void BecomePlatform() {
         SetPlatform({.registry = RegistryInUse(),
                      .processes = &posix.processes,
-                     .locale = &posix.locale,
+                     .locale = &LocaleInUse(),
                      .desktop = &desktop,
-                     .files = &posix.files,
+                     .files = &files,
                      .closedLibrary = &notice,
                      .sCommandLine = {}});
     }
@@ -64,7 +71,9 @@ struct Machine::Parts {
     }
 
     posix::PosixMachine posix;
+    std::optional<posix::PosixLocale> otherLocale;
     fs::path database;
+    SourceFiles files;
     std::optional<CustomerRegistry> customerRegistry;
     std::optional<posix::RegFileRegistry> otherRegistry;
     CollectingDesktop desktop;
@@ -108,6 +117,11 @@ void Machine::PrintWarnings(std::ostream& err) const {
     for (const posix::RegistryFinding& finding : registry.Findings())
         fmt::print(err, "nomiractl: warning: {}:{}: {}\n", registry.File().string(), finding.nLine,
                    finding.sWhat);
+}
+
+void Machine::TakeText(const fs::path& path, std::shared_ptr<const TextSource> source,
+                       TextSource::OnLine onLine) {
+    m_parts->files.Put(CorePath(path), std::move(source), std::move(onLine));
 }
 
 void Machine::TakeRegistry(const fs::path& file) {

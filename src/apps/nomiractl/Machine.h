@@ -9,6 +9,7 @@
 
 #include "apps/nomiractl/CollectingDesktop.h"
 #include "apps/nomiractl/Options.h"
+#include "apps/nomiractl/TextSource.h"
 #include "database/DatabaseEngine.h"
 
 namespace nomira::companion {
@@ -34,6 +35,10 @@ class Machine {
     // The program's settings come from this export of a registry from here on, and the customer of
     // the options doesn't count.
     void TakeRegistry(const std::filesystem::path& file);
+
+    // The core reads the text file at the user's path from here on; `onLine` is told of its lines.
+    void TakeText(const std::filesystem::path& path, std::shared_ptr<const TextSource> source,
+                  TextSource::OnLine onLine = {});
 
     // What the settings' files have that can't be understood.
     void PrintWarnings(std::ostream& err) const;

@@ -12,10 +12,12 @@
 
 #include "adapters/posix/NativeName.h"
 #include "adapters/rpc/ControllerName.h"
+#include "apps/nomiractl/CodePageName.h"
 #include "apps/nomiractl/Commands.h"
 #include "apps/nomiractl/Completion.h"
 #include "apps/nomiractl/HelpText.h"
 #include "apps/nomiractl/Interrupt.h"
+#include "apps/nomiractl/ManPages.h"
 #include "apps/nomiractl/ReadingCommandLine.h"
 #include "apps/nomiractl/Words.h"
 #include "apps/nomiractl/WritingCommandLine.h"
@@ -31,7 +33,8 @@ constexpr const char* kDescription =
 constexpr const char* kPaths =
     "Paths on the command line are this system's own. Without --prefix, the prefix is\n"
     "$NOMIRA_PREFIX, or $XDG_DATA_HOME/nomira, or ~/.local/share/nomira; its registry.reg and\n"
-    "nomira.conf apply. A text file is in the 8-bit code page (1252) with CR LF line ends.\n"
+    "nomira.conf apply. A text file is in the 8-bit code page (1252) with CR LF line ends, unless\n"
+    "--code-page, --encoding or --eol tell otherwise.\n"
     "The controller's middleware is looked for on run/vexon3.sock in the prefix.";
 
 std::string Footer() {
@@ -88,6 +91,8 @@ class Arguments {
     ExitCode Run(Streams streams) const {
         if (m_command) return m_command(m_options, streams);
         streams.out << m_answer;
+        if (!m_manFolder.empty())
+            WriteManPages(ManPages(m_app, NOMIRA_VERSION, kPaths), m_manFolder);
         return ExitCode::Done;
     }
 
@@ -105,6 +110,9 @@ class Arguments {
             ->required()
             ->check(CLI::IsMember({"bash", "zsh", "fish"}));
         completion->callback([this] { m_answer = CompletionScript(m_app, m_options.sShell); });
+        CLI::App* man = Add(m_app, "man", "Write the manual pages into a folder", nullptr);
+        man->group("");  // for the build, which installs them
+        man->add_option("DIR", m_manFolder, "The folder; made where it isn't there")->required();
     }
 
     void CheckTarget() const {
@@ -131,8 +139,27 @@ class Arguments {
                         "Work as for this customer, whatever the registry says; VW selects the"
                         " customer's keys, \"\" the standard ones")
             ->type_name("NAME");
+        AddCodePage();
         m_app.add_flag("--json", m_options.bJson, "Report as JSON");
         m_app.add_flag("--quiet", m_options.bQuiet, "Report errors and warnings only");
+    }
+
+    void AddCodePage() {
+        m_app
+            .add_option_function<std::string>(
+                "--code-page",
+                [this](const std::string& sName) {
+                    m_options.codePage = CodePageOfName(sName);
+                    if (!m_options.codePage)
+                        throw CLI::ValidationError(
+                            "--code-page",
+                            fmt::format("\"{}\" is no 8-bit code page of this system; give one as"
+                                        " 1252, 1250 or 8859-15",
+                                        sName));
+                },
+                "The 8-bit code page of text files and programs, as 1252, 1250, 1251, 8859-1 or"
+                " 8859-15 (default: the one of nomira.conf, else 1252)")
+            ->type_name("NAME");
     }
 
     CLI::App* Add(CLI::App& parent, const char* sName, const char* sWhat, Command command) {
@@ -157,7 +184,9 @@ class Arguments {
         CLI::App* import =
             Add(m_app, "import", "Bring a text file into the database: everything, or nothing",
                 ImportTextFile);
-        import->add_option("FILE", m_options.file, "The text file")->required();
+        import->add_option("FILE", m_options.file, "The text file; - for the standard input")
+            ->required();
+        AddTextForm(*import, m_options);
         import->add_flag("--overwrite", m_options.bOverwrite,
                          "First remove what the file replaces: all signals if it has any, all"
                          " welding channels if it has any");
@@ -171,6 +200,7 @@ class Arguments {
             Add(m_app, "export", "Write all texts of the database to a text file", ExportTextFile);
         command->add_option("FILE", m_options.file, "The file to write; - for the standard output")
             ->required();
+        AddTextForm(*command, m_options);
     }
 
     void AddRewrite() {
@@ -257,6 +287,7 @@ class Arguments {
     std::vector<std::string> m_args;
     Command m_command = nullptr;
     std::string m_answer;  // where there is no command to run
+    std::filesystem::path m_manFolder;
 };
 
 ExitCode Guarded(const Arguments& arguments, Streams streams) {
@@ -279,14 +310,15 @@ ExitCode Guarded(const Arguments& arguments, Streams streams) {
 
 }  // namespace
 
-ExitCode RunNomiractl(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+ExitCode RunNomiractl(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
+                      std::istream& in) {
     Arguments arguments;
     try {
         arguments.Parse(args);
     } catch (const CLI::ParseError& error) {
         return arguments.Explain(error, out, err);
     }
-    return Guarded(arguments, {out, err});
+    return Guarded(arguments, {out, err, in});
 }
 
 }  // namespace nomira::companion

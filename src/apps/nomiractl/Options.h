@@ -12,6 +12,9 @@ struct Options {
     std::filesystem::path prefix;                 // empty: the system's own
     std::filesystem::path database;               // empty: where the prefix has it
     std::optional<std::string> customer;          // in the place of the registry's, UTF-8
+    std::optional<int> codePage;                  // in the place of the settings', its number
+    std::string sEncoding;                        // "code-page", "utf-8"; empty: the usual one
+    std::string sLineEnds;                        // "crlf", "lf"; empty: the usual ones
     std::filesystem::path file;                   // the command's own argument; "-" for a stream
     std::vector<std::filesystem::path> programs;  // files and directories, to be rewritten
     std::vector<std::string> names;               // the controller's programs or variables

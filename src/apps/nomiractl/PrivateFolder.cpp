@@ -38,6 +38,7 @@ PrivateFolder::PrivateFolder() {
 }
 
 PrivateFolder::~PrivateFolder() {
+    if (m_bKept) return;
     std::error_code ignored;
     fs::remove_all(m_path, ignored);
 }

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <exception>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -34,6 +35,23 @@ std::vector<fs::path> ProgramsOf(const fs::path& directory) {
 }
 
 }  // namespace
+
+std::uint64_t SizeOfFile(const fs::path& file) {
+    std::error_code error;
+    const std::uintmax_t nBytes = fs::file_size(file, error);
+    return error ? 0 : nBytes;
+}
+
+std::uint64_t SizeOfFiles(const std::vector<fs::path>& paths) {
+    std::uint64_t nSum = 0;
+    try {
+        for (const fs::path& file : NamedPrograms(paths))
+            nSum += SizeOfFile(file);
+    } catch (const std::exception&) {
+        // Told when the folder's turn comes.
+    }
+    return nSum;
+}
 
 std::vector<fs::path> NamedPrograms(const std::vector<fs::path>& paths) {
     std::vector<fs::path> programs;

@@ -29,11 +29,13 @@ void AddList(CLI::App& app, Options& options, const Choose& choose) {
         ->type_name("PART");
     CLI::Option* empty = list.add_flag("--empty", options.bEmpty, "Only keys without a text");
     list.add_flag("--filled", options.bFilled, "Only keys with a text")->excludes(empty);
+    AddEncoding(list, options, "How to write the texts: utf-8 (the usual way) or code-page");
 }
 
 void AddGet(CLI::App& app, Options& options, const Choose& choose) {
     CLI::App& get = Add(app, "get", "Show the text of a key, bare for one key", GetNames, choose);
     get.add_option("KEY", options.keys, "Keys, as IN_5")->required();
+    AddEncoding(get, options, "How to write the texts: utf-8 (the usual way) or code-page");
 }
 
 void AddStats(CLI::App& app, Options& options, const Choose& choose) {
@@ -55,7 +57,9 @@ void AddCheck(CLI::App& app, Options& options, const Choose& choose) {
     CLI::Option* rules = check.add_flag("--list-rules", options.bListRules, "List the rules");
     CLI::Option* paths =
         check.add_option("PATH", options.programs,
-                         "Text files, programs, folders of programs, databases, registry files");
+                         "Text files, programs, folders of programs, databases, registry files;"
+                         " - for a text file on the standard input");
+    AddTextForm(check, options);
     check.add_option("--as", options.sKind, "Take the files as this kind, whatever they look like")
         ->check(CLI::IsMember({"auto", "text", "program", "database", "registry"}))
         ->type_name("KIND");
@@ -94,10 +98,11 @@ void AddDiff(CLI::App& app, Options& options, const Choose& choose) {
             DiffNames, choose);
     diff.add_option("OLD", options.oldSide,
                     "A text file, a database, a program or a folder of programs; db stands for"
-                    " the database of --db or the prefix")
+                    " the database of --db or the prefix, - for a text file on the standard input")
         ->required();
     diff.add_option("NEW", options.newSide, "The same")->required();
     AddJobsOption(diff, options);
+    AddTextForm(diff, options);
 }
 
 void AddXref(CLI::App& app, Options& options, const Choose& choose) {
@@ -120,6 +125,24 @@ void AddJobsOption(CLI::App& command, Options& options) {
                     " the same for any N")
         ->type_name("N")
         ->check(CLI::Range(std::size_t{1}, kMostJobs));
+}
+
+void AddEncoding(CLI::App& command, Options& options, const char* sWhat) {
+    command.add_option("--encoding", options.sEncoding, sWhat)
+        ->type_name("NAME")
+        ->check(CLI::IsMember({"code-page", "utf-8"}));
+}
+
+void AddTextForm(CLI::App& command, Options& options) {
+    AddEncoding(command, options,
+                "The text file's encoding: code-page (the usual one) or utf-8; a character that the"
+                " code page lacks is refused");
+    command
+        .add_option("--eol", options.sLineEnds,
+                    "The text file's line ends: crlf (the usual ones) or lf; a file that is read"
+                    " with lf may have both")
+        ->type_name("ENDS")
+        ->check(CLI::IsMember({"crlf", "lf"}));
 }
 
 void AddReadingCommands(CLI::App& app, Options& options, const Choose& choose) {

@@ -9,6 +9,11 @@
 
 namespace nomira::companion {
 
+// --encoding alone.
+void AddEncoding(CLI::App& command, Options& options, const char* sWhat);
+// --encoding and --eol of a command that works on a text file.
+void AddTextForm(CLI::App& command, Options& options);
+
 // Adds them to `app`. Parsing fills `options`, and calls `choose` with the command that was given.
 void AddReadingCommands(CLI::App& app, Options& options,
                         const std::function<void(Command)>& choose);

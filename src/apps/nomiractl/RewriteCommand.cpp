@@ -14,6 +14,7 @@
 #include "apps/nomiractl/NameTable.h"
 #include "apps/nomiractl/PlanViews.h"
 #include "apps/nomiractl/ProgramPaths.h"
+#include "apps/nomiractl/ProgressBar.h"
 #include "apps/nomiractl/RewriteRun.h"
 #include "apps/nomiractl/Runs.h"
 #include "userprogram/FoldObserver.h"
@@ -89,13 +90,16 @@ ExitCode RewritePrograms(const Options& options, Streams streams) {
     Machine machine(options);
     machine.PrintWarnings(streams.err);
     DatabaseWork database(machine.Database(), machine.Engine(), DatabaseUse::Read);
-    RewriteRun run(options, streams, machine.Boxes(), database);
     Plan plan{.command = options.words, .database = fs::absolute(machine.Database())};
     // Ahead of the names, so that a change in between makes the plan out of date.
     if (!options.planFile.empty()) plan.databaseState = FingerprintOf(database.ReadRows());
     // A database that can't be read is refused here; it would look like one without names.
     const NameTable names(database.ReadItems());
     const std::vector<fs::path> programs = NamedPrograms(options.programs);
+    ProgressBar bar(ScreenFor(options, streams), "rewrite", ProgressUnit::Programs,
+                    programs.size());
+    StreamsAboveBar above(streams, bar);
+    RewriteRun run(options, above.All(), machine.Boxes(), database);
     InOrder(
         programs.size(), ThreadsFor(options),
         [&](std::size_t n) {
@@ -108,7 +112,9 @@ ExitCode RewritePrograms(const Options& options, Streams streams) {
                                       [&](bool& bAsked) { return Look(run, path, bAsked); });
             if (looked.change) plan.programs.push_back(std::move(*looked.change));
             run.Take(std::move(looked.report));
+            bar.Step();
         });
+    bar.Wipe();
     RequireAtMost(plan, options.maxChanges);
     if (journal) RunOnPrograms(plan, *journal, WayOf(options));
     if (!options.planFile.empty()) SavePlan(plan, options);

@@ -62,13 +62,13 @@ nlohmann::ordered_json AsJson(const ProgramReport& report) {
 
 std::string ReadProgram(const fs::path& path) {
     try {
-        const nativefiles::Descriptor file = nativefiles::Open(path, O_RDONLY);
-        return nativefiles::ReadAll(file);
+        return nativefiles::ReadAll(nativefiles::Open(path, O_RDONLY));
     } catch (const std::system_error& error) {
         if (error.code() == std::errc::is_a_directory)
             throw Refusal("is a directory", ExitCode::Files);
-        throw Refusal(fs::exists(path) ? "can't be read" : "there is no such file",
-                      ExitCode::Files);
+        if (error.code() == std::errc::no_such_file_or_directory)
+            throw Refusal("there is no such file", ExitCode::Files);
+        throw Refusal(fmt::format("can't be read: {}", error.code().message()), ExitCode::Files);
     }
 }
 

@@ -10,6 +10,7 @@
 #include "apps/nomiractl/PrivateFolder.h"
 #include "apps/nomiractl/ReplaceFile.h"
 #include "apps/nomiractl/Runs.h"
+#include "apps/nomiractl/TextForm.h"
 #include "apps/nomiractl/Words.h"
 #include "frame/Settings.h"
 #include "langtools/CodePage.h"
@@ -21,19 +22,29 @@ bool EndsLine(char16_t c) {
     return c == u'\r' || c == u'\n';
 }
 
+void RequireNoFlaws(TextView sText, const std::string& sOf, TextEncoding encoding) {
+    const std::vector<TextFlaw> flaws = FlawsOfLine(sText, 1, encoding, SystemCodePage());
+    if (flaws.empty()) return;
+    throw Refusal(fmt::format("{}: character {}: {}{}", sOf, flaws.front().nColumn,
+                              InWords(flaws.front(), SystemCodePage()),
+                              flaws.front().flaw == Flaw::NotUtf8
+                                  ? "; --encoding code-page takes it as the code page's"
+                                  : ""));
+}
+
 // The line of a text file that says the same, in its code page.
 std::string LineOf(const Options& options) {
-    const Text sLine = posix::FromNative(options.key + " " + options.text);
+    const CodePage& page = SystemCodePage();
+    const TextEncoding encoding = FormOf(options, {.encoding = TextEncoding::Utf8}).encoding;
+    const Text sKey = posix::FromNative(options.key);
+    const Text sText = DecodeLine(options.text, encoding, page);
+    const Text sLine = sKey + u" " + sText;
     if (std::any_of(sLine.begin(), sLine.end(), EndsLine))
         throw Refusal(fmt::format("{}: a text has one line", Shown(sLine)));
     if (options.key.find_first_of(" \t") != std::string::npos || options.key.empty())
         throw Refusal(fmt::format("\"{}\": no key", options.key));
-    const CodePage& page = SystemCodePage();
-    const auto lacking =
-        std::find_if(sLine.begin(), sLine.end(), [&](char16_t c) { return !page.Holds(c); });
-    if (lacking != sLine.end())
-        throw Refusal(fmt::format("{}: code page {} lacks \"{}\"", options.key, page.Number(),
-                                  Shown(TextView(&*lacking, 1))));
+    RequireNoFlaws(sKey, "the key", TextEncoding::Utf8);
+    RequireNoFlaws(sText, options.key, encoding);
     return page.Encode(sLine) + "\r\n";
 }
 

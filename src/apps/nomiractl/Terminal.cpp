@@ -4,12 +4,20 @@
 #include <unistd.h>
 
 #include <iostream>
+#include <optional>
 
 namespace nomira::companion {
 namespace {
 
 constexpr std::size_t kUsualWidth = 80;
 constexpr std::string_view kMore = "...";
+
+// Of the process's own streams.
+std::optional<int> DescriptorOf(const std::ostream& out) {
+    if (out.rdbuf() == std::cout.rdbuf()) return STDOUT_FILENO;
+    if (out.rdbuf() == std::cerr.rdbuf()) return STDERR_FILENO;
+    return std::nullopt;
+}
 
 bool BeginsCharacter(char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
@@ -18,14 +26,14 @@ bool BeginsCharacter(char c) {
 }  // namespace
 
 bool IsTerminal(const std::ostream& out) {
-    if (out.rdbuf() == std::cout.rdbuf()) return ::isatty(STDOUT_FILENO) == 1;
-    if (out.rdbuf() == std::cerr.rdbuf()) return ::isatty(STDERR_FILENO) == 1;
-    return false;
+    const std::optional<int> nFd = DescriptorOf(out);
+    return nFd && ::isatty(*nFd) == 1;
 }
 
-std::size_t TerminalWidth() {
+std::size_t TerminalWidth(const std::ostream& out) {
     winsize size{};
-    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+    const std::optional<int> nFd = DescriptorOf(out);
+    if (nFd && ::ioctl(*nFd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
     return kUsualWidth;
 }
 

@@ -71,7 +71,8 @@ struct FirstWord {
 
 class TextFileCheck {
   public:
-    explicit TextFileCheck(Findings& findings) : m_findings(findings) {}
+    TextFileCheck(const TextSource& source, Findings& findings)
+        : m_source(source), m_findings(findings) {}
 
     void Run(TextView sPath) {
         const auto file = TheFiles().OpenForInput(sPath);
@@ -125,7 +126,24 @@ class TextFileCheck {
         if (nFeed != Text::npos) AddAt(nFeed, m_bLfOnly ? Rule::TextLfOnly : Rule::TextLoneLf);
     }
 
+    bool IsUtf8() const { return m_source.Form().encoding == TextEncoding::Utf8; }
+
     void CheckCharacters() {
+        if (IsUtf8())
+            CheckUtf8();
+        else
+            CheckBytes();
+        CheckControls();
+    }
+
+    void CheckUtf8() {
+        const CodePage& page = SystemCodePage();
+        for (const TextFlaw& flaw : FlawsOfLine(m_sLine, m_place.nLine, TextEncoding::Utf8, page))
+            Add(flaw.flaw == Flaw::NotUtf8 ? Rule::TextNotUtf8 : Rule::TextOutsidePage,
+                {flaw.nLine, flaw.nColumn}, {InWords(flaw, page)});
+    }
+
+    void CheckBytes() {
         const CodePage& page = SystemCodePage();
         const std::string sPage = std::to_string(page.Number());
         const auto isAscii = [](char16_t c) { return c < 0x80; };
@@ -133,11 +151,12 @@ class TextFileCheck {
         const std::string bytes = bAscii ? std::string() : page.Encode(m_sLine);
         if (m_place.nLine == 1 && bytes.starts_with("\xEF\xBB\xBF"))
             AddAt(0, Rule::TextUtf8Mark, {sPage});
+        else if (m_place.nLine == 1 && HasUtf16Mark(bytes))
+            AddAt(0, Rule::TextUtf16Mark, {sPage});
         else if (const auto n = m_sLine.find(kNoCharacter); n != Text::npos)
             AddAt(n, Rule::TextNoCharacter, {sPage});
         else if (LooksLikeUtf8(bytes))
             AddAt(FirstAbove127(), Rule::TextUtf8, {sPage, Shown(Trim(m_sLine))});
-        CheckControls();
     }
 
     std::size_t FirstAbove127() const {
@@ -277,7 +296,10 @@ class TextFileCheck {
         Reject();
     }
 
-    void Reject() { m_findings.Reject(m_place.nLine, SystemCodePage().Encode(m_sLine)); }
+    void Reject() {
+        m_findings.Reject(m_place.nLine,
+                          EncodeLine(m_sLine, m_source.Form().encoding, SystemCodePage()));
+    }
 
     // A line that begins with a letter or a digit may be a key with a slip; others are remarks.
     void AddRemark(const FirstWord& word) {
@@ -338,6 +360,7 @@ class TextFileCheck {
         return Text(sWord.substr(0, nEnd));
     }
 
+    const TextSource& m_source;
     Findings& m_findings;
     const KeyForms m_forms;
     Place m_place{};
@@ -359,8 +382,9 @@ std::string DigitSentence(const SignalClass& signalClass) {
                        kDigitWords.at(static_cast<std::size_t>(signalClass.nMaxDigits)));
 }
 
-void CheckTextFileLines(const std::filesystem::path& file, Findings& findings) {
-    TextFileCheck(findings).Run(CorePath(file));
+void CheckTextFileLines(const std::filesystem::path& file, const TextSource& source,
+                        Findings& findings) {
+    TextFileCheck(source, findings).Run(CorePath(file));
 }
 
 }  // namespace nomira::companion

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "apps/nomiractl/Findings.h"
+#include "apps/nomiractl/TextSource.h"
 #include "conversion/KeyScheme.h"
 
 namespace nomira::companion {
@@ -13,8 +14,8 @@ namespace nomira::companion {
 // How many digits keys of the class have in a text file, as "timers have one or two digits".
 std::string DigitSentence(const SignalClass& signalClass);
 
-// The platform must be the installation's; no database is needed. A file that can't be opened
-// raises the core's RuntimeError.
-void CheckTextFileLines(const std::filesystem::path& file, Findings& findings);
+// The platform must be the installation's, and read `source` at the path; no database is needed.
+void CheckTextFileLines(const std::filesystem::path& file, const TextSource& source,
+                        Findings& findings);
 
 }  // namespace nomira::companion

@@ -1,5 +1,7 @@
 #include "apps/nomiractl/WritingCommandLine.h"
 
+#include "apps/nomiractl/ReadingCommandLine.h"
+
 namespace nomira::companion {
 namespace {
 
@@ -22,6 +24,7 @@ void AddSet(CLI::App& app, Options& options, const Choose& choose) {
                         SetText, choose);
     set.add_option("KEY", options.key, "The key, as IN_5")->required();
     set.add_option("TEXT", options.text, "Its text; \"\" for none")->required();
+    AddEncoding(set, options, "How the text is given: utf-8 (the usual way) or code-page");
     AddLooks(set, options);
     AddPlanOptions(set, options);
 }

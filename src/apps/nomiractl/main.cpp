@@ -1,6 +1,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <iostream>
 
@@ -27,6 +28,8 @@ ExitCode Flushed(ExitCode exit) {
 }  // namespace
 
 int main(int nArguments, char** arguments) {
+    // A file that may not grow any further fails like a full disk, instead of ending the process.
+    std::signal(SIGXFSZ, SIG_IGN);
     std::ios::sync_with_stdio(false);
     const std::vector<std::string> args(arguments + 1, arguments + nArguments);
     return static_cast<int>(Flushed(nomira::companion::RunNomiractl(args, std::cout, std::cerr)));

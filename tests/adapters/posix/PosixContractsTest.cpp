@@ -17,7 +17,7 @@
 #include "adapters/posix/PosixLocale.h"
 #include "adapters/posix/ProcProcesses.h"
 #include "adapters/posix/RegFileRegistry.h"
-#include "adapters/posix/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 
 namespace nomira::testing {
 

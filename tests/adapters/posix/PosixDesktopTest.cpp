@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <string>
 
-#include "adapters/posix/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::posix {

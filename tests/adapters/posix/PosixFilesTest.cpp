@@ -14,9 +14,9 @@
 #include "adapters/posix/CodePages.h"
 #include "adapters/posix/FileStreams.h"
 #include "adapters/posix/SystemErrors.h"
-#include "adapters/posix/TemporaryFolder.h"
 #include "langtools/CodePage.h"
 #include "testing/Raised.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::posix {
@@ -172,21 +172,18 @@ TEST_F(PosixFilesTest, APlacedFileIsSeenInItsDirectory) {
 }
 
 TEST_F(PosixFilesTest, AFileMovesBetweenFileSystems) {
-    std::string sOther = "/dev/shm/nomira-XXXXXX";
-    ASSERT_TRUE(::mkdtemp(sOther.data()));
+    const TemporaryFolder other("/dev/shm");
     struct stat here, there;
     ASSERT_EQ(::stat(m_folder.Path().c_str(), &here), 0);
-    ASSERT_EQ(::stat(sOther.c_str(), &there), 0);
+    ASSERT_EQ(::stat(other.Path().c_str(), &there), 0);
     ASSERT_NE(here.st_dev, there.st_dev);
-    fs::create_directory_symlink(sOther, m_folder / "drives/e");
+    fs::create_directory_symlink(other.Path(), m_folder / "drives/e");
     m_folder.Put("drives/c/a.txt", "x");
     m_files.Name(u"C:\\a.txt", u"E:\\b.txt");
-    std::ifstream in(sOther + "/b.txt");
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "x");
+    EXPECT_EQ(other.Bytes("b.txt"), "x");
     EXPECT_EQ(m_files.Dir(u"C:\\*"), Names{});
     fs::create_directory(m_folder / "drives/c/dir");
     EXPECT_EQ(Raised([&] { m_files.Name(u"C:\\dir", u"E:\\dir"); }), ErrorNumber::PathFileAccess);
-    fs::remove_all(sOther);
 }
 
 TEST_F(PosixFilesTest, OfALargeFileNoMoreIsReadAheadThanTheBufferHolds) {

@@ -1,8 +1,8 @@
 #include "adapters/posix/PosixMachine.h"
 
-#include "adapters/posix/TemporaryFolder.h"
 #include "langtools/CodePage.h"
 #include "platform/Platform.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::posix {

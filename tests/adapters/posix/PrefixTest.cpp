@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "adapters/posix/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::posix {

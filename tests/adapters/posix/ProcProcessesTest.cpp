@@ -9,7 +9,7 @@
 #include <fstream>
 #include <string>
 
-#include "adapters/posix/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::posix {

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-#include "adapters/posix/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::posix {

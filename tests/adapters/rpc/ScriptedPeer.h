@@ -15,8 +15,8 @@
 #include <thread>
 #include <vector>
 
-#include "adapters/posix/TemporaryFolder.h"
 #include "adapters/rpc/Wire.h"
+#include "testing/TemporaryFolder.h"
 
 namespace nomira::testing {
 

@@ -1,7 +1,7 @@
 #include "apps/vexon3/Controller.h"
 
-#include "adapters/posix/TemporaryFolder.h"
 #include "adapters/rpc/Base64.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::simulator {

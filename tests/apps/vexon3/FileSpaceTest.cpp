@@ -3,9 +3,9 @@
 #include <sys/stat.h>
 
 #include "adapters/posix/NativeName.h"
-#include "adapters/posix/TemporaryFolder.h"
 #include "adapters/rpc/Wire.h"
 #include "apps/vexon3/TroubleOf.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::simulator {

@@ -1,7 +1,7 @@
 #include "apps/vexon3/Scenario.h"
 
-#include "adapters/posix/TemporaryFolder.h"
 #include "apps/vexon3/Seed.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::simulator {

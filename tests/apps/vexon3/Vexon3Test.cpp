@@ -10,13 +10,13 @@
 #include <sstream>
 
 #include "adapters/posix/ProcProcesses.h"
-#include "adapters/posix/TemporaryFolder.h"
 #include "adapters/rpc/Connection.h"
 #include "adapters/rpc/RpcLinkLibrary.h"
 #include "langtools/RuntimeError.h"
 #include "testing/Raised.h"
 #include "testing/RunProcess.h"
 #include "testing/SimulatorProcess.h"
+#include "testing/TemporaryFolder.h"
 #include "testing/TextPrinting.h"
 
 namespace nomira::simulator {

@@ -13,8 +13,10 @@ namespace nomira::testing {
 
 class TemporaryFolder {
   public:
-    TemporaryFolder() {
-        std::string sName = (std::filesystem::temp_directory_path() / "nomira-XXXXXX").string();
+    // In the system's place for temporary files, unless another folder is given.
+    explicit TemporaryFolder(
+        const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+        std::string sName = (parent / "nomira-XXXXXX").string();
         if (!::mkdtemp(sName.data())) throw std::runtime_error("no temporary folder");
         m_path = sName;
     }
