@@ -38,12 +38,14 @@ function(nomira_program name)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 endfunction()
 
-# nomira_test(NAME [WITH_TOOLKIT] LINKS lib... SOURCES file...)
+# nomira_test(NAME [WITH_TOOLKIT] [EACH_STORE] LINKS lib... SOURCES file...)
 # One test program per folder of tests/; every test in it becomes a test of its own in ctest.
+# EACH_STORE: three of them, one for each format of the message database; tests/testing/TestDatabase.h
+# takes it from the environment.
 # WITH_TOOLKIT: it makes a display of its own, and the leak sanitizer overlooks what the system's
 # libraries of the windows keep to the end.
 function(nomira_test name)
-    cmake_parse_arguments(ARG "WITH_TOOLKIT" "" "LINKS;SOURCES" ${ARGN})
+    cmake_parse_arguments(ARG "WITH_TOOLKIT;EACH_STORE" "" "LINKS;SOURCES" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE nomira_options nomira_testing ${ARG_LINKS}
                           GTest::gtest GTest::gtest_main)
@@ -56,4 +58,12 @@ function(nomira_test name)
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
         PROPERTIES TIMEOUT 300 ENVIRONMENT "${environment}"
                    ENVIRONMENT_MODIFICATION "WAYLAND_DISPLAY=unset:")
+    if(ARG_EACH_STORE)
+        foreach(store jet3 jet4)
+            gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
+                TEST_SUFFIX .${store} TEST_LIST ${name}_${store}
+                PROPERTIES TIMEOUT 300 ENVIRONMENT "${environment};NOMIRA_TEST_STORE=${store}"
+                           ENVIRONMENT_MODIFICATION "WAYLAND_DISPLAY=unset:")
+        endforeach()
+    endif()
 endfunction()

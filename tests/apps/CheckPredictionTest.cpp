@@ -2,11 +2,11 @@
 #include <map>
 #include <set>
 
-#include "adapters/sqlite/Utf8.h"
 #include "apps/BinaryRun.h"
 #include "apps/GeneratedFiles.h"
 #include "langtools/BasicText.h"
 #include "langtools/CodePage.h"
+#include "langtools/Utf8.h"
 
 namespace {
 
@@ -25,7 +25,7 @@ using Json = nlohmann::json;
 using Strings = nomira::testing::Strings;
 
 std::string Decoded(const std::string& bytes) {
-    return nomira::sqlite::ToUtf8(nomira::Windows1252().Decode(bytes));
+    return nomira::ToUtf8(nomira::Windows1252().Decode(bytes));
 }
 
 // The lines as the program reads them: CR LF or a lone CR ends one.
@@ -201,8 +201,8 @@ std::string Expected(const std::string& bytes, const Json& file) {
     std::string result;
     for (const Json& fate : file["lines"])
         if (fate["action"] == "changed")
-            lines.at(fate["line"].get<std::size_t>() - 1) = nomira::Windows1252().Encode(
-                nomira::sqlite::FromUtf8(fate["text"].get<std::string>()));
+            lines.at(fate["line"].get<std::size_t>() - 1) =
+                nomira::Windows1252().Encode(nomira::FromUtf8(fate["text"].get<std::string>()));
     for (const std::string& sLine : lines)
         result += sLine + "\r\n";
     return result;

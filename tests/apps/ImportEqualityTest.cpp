@@ -1,9 +1,9 @@
 // The companion's import, which leaves alone what stands in the database already, against the
 // program's own pass over the same files.
-#include "adapters/sqlite/Utf8.h"
 #include "apps/BinaryRun.h"
 #include "apps/GeneratedFiles.h"
 #include "langtools/CodePage.h"
+#include "langtools/Utf8.h"
 
 namespace {
 
@@ -42,7 +42,7 @@ const Strings kMeddling{
 };
 
 std::string Quoted(const std::string& bytes) {
-    std::string sText = nomira::sqlite::ToUtf8(nomira::Windows1252().Decode(bytes));
+    std::string sText = nomira::ToUtf8(nomira::Windows1252().Decode(bytes));
     for (std::size_t n = 0; (n = sText.find('\'', n)) != std::string::npos; n += 2)
         sText.insert(n, "'");
     return "'" + sText + "'";

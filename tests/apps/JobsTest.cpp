@@ -3,11 +3,11 @@
 #include <set>
 #include <stdexcept>
 
-#include "adapters/sqlite/Utf8.h"
 #include "apps/BinaryRun.h"
 #include "apps/GeneratedFiles.h"
 #include "apps/nomiractl/InOrder.h"
 #include "langtools/CodePage.h"
+#include "langtools/Utf8.h"
 
 namespace {
 

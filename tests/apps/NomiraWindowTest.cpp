@@ -111,10 +111,10 @@ class NomiraWindowTest : public ::testing::Test {
         fs::create_directories(OnDriveC("work"));
     }
     void Store(const std::string& sKey, const std::string& sText) const {
-        testing::ExecuteOn(Database(),
-                           "INSERT INTO Items(Module,KeyString) VALUES('IO','" + sKey +
-                               "');INSERT INTO Messages VALUES(last_insert_rowid(),99,'" + sText +
-                               "');");
+        testing::ExecuteOn(
+            Database(), "INSERT INTO Items(Module,KeyString) VALUES('IO','" + sKey +
+                            "');INSERT INTO Messages VALUES((SELECT max(Key_id) FROM Items),99,'" +
+                            sText + "');");
     }
     Texts Stored() const {
         Texts texts;

@@ -510,11 +510,11 @@ TEST_F(NomiractlCheckReportTest, EveryFileIsCheckedAndFailuresDecideTheStatus) {
     EXPECT_TRUE(Contains(missing.sOut, "text-other-form")) << missing.sOut;
     const std::string sNone = m_run.Write("x.mdb", "SQLite format 3" + std::string(100, '\0'));
     EXPECT_EQ(Check({sNone}).nStatus, 5);
-    const std::string sAccess =
-        m_run.Write("y.mdb", std::string("\0\1\0\0Standard Jet DB\0", 20) + std::string(400, '\0'));
+    const std::string sAccess = m_run.Write(
+        "y.mdb", std::string("\0\1\0\0Standard ACE DB\0", 20) + std::string(9000, '\0'));
     const ProcessOutcome access = Check({sAccess});
     EXPECT_EQ(access.nStatus, 5);
-    EXPECT_TRUE(Contains(access.sErr, "an Access database")) << access.sErr;
+    EXPECT_TRUE(Contains(access.sErr, "a kind of Access that can't be read")) << access.sErr;
 }
 
 TEST_F(NomiractlCheckReportTest, AHugeFileIsCheckedToo) {

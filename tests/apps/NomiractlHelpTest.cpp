@@ -117,7 +117,7 @@ std::string Offered(const BinaryRun& run, const Strings& words) {
 
 TEST_F(NomiractlHelpTest, BashOffersCommandsOptionsAndValues) {
     EXPECT_EQ(Offered(m_run, {"li"}), "list\n");
-    EXPECT_EQ(Offered(m_run, {"db", ""}), "create info backup restore verify\n");
+    EXPECT_EQ(Offered(m_run, {"db", ""}), "create info backup restore verify convert compact\n");
     EXPECT_EQ(Offered(m_run, {"--json", "db", "in"}), "info\n");
     EXPECT_EQ(Offered(m_run, {"import", "--over"}), "--overwrite\n");
     EXPECT_EQ(Offered(m_run, {"list", "--class", "an"}), "anin anout\n");

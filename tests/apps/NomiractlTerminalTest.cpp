@@ -29,7 +29,7 @@ class NomiractlTerminalTest : public ::testing::Test {
 
     std::string Line(const std::string& sOptions) const {
         return "cd '" + m_run.Root().string() +
-               "' && exec '" NOMIRACTL_PROGRAM "' rewrite a.src b.src c.src " + sOptions;
+               "' && exec '" NOMIRACTL_PROGRAM "' rewrite --jobs 1 a.src b.src c.src " + sOptions;
     }
     nomira::testing::Environment Variables(const char* sLocale) const {
         return {{"NOMIRA_PREFIX", m_run.Prefix().string()}, {"LC_ALL", sLocale}};

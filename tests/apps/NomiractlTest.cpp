@@ -138,11 +138,19 @@ TEST_P(WrongDatabaseTest, TextFile) {
     ExpectNoDatabase(run.Run(Command(run)), run.Database().string() + ": file is not a database");
 }
 
-TEST_P(WrongDatabaseTest, AccessFile) {
+TEST_P(WrongDatabaseTest, AccessFileThatIsCutOff) {
     const CommandRun run;
     std::ofstream(run.Database(), std::ios::binary)
         << std::string("\0\1\0\0Standard Jet DB\0", 20) << std::string(4076, '\0');
-    ExpectNoDatabase(run.Run(Command(run)), "an Access database, which can't be read yet");
+    ExpectNoDatabase(run.Run(Command(run)),
+                     run.Database().string() + ": the file has been cut off");
+}
+
+TEST_P(WrongDatabaseTest, AccessFileOfALaterGeneration) {
+    const CommandRun run;
+    std::ofstream(run.Database(), std::ios::binary)
+        << std::string("\0\1\0\0Standard ACE DB\0\2", 21) << std::string(4075 + 8192, '\0');
+    ExpectNoDatabase(run.Run(Command(run)), run.Database().string() + ": ");
 }
 
 TEST_P(WrongDatabaseTest, DatabaseWithoutTheTables) {

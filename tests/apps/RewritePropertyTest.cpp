@@ -1,7 +1,6 @@
 // What holds for every program that is rewritten, whatever stands in it.
 #include <fmt/format.h>
 
-#include "adapters/sqlite/Utf8.h"
 #include "apps/BinaryRun.h"
 #include "apps/GeneratedFiles.h"
 #include "apps/nomiractl/DatabaseWork.h"
@@ -10,6 +9,7 @@
 #include "apps/nomiractl/ProgramRewrite.h"
 #include "conversion/TextImport.h"
 #include "langtools/CodePage.h"
+#include "langtools/Utf8.h"
 
 namespace {
 
@@ -24,7 +24,7 @@ using nomira::testing::Outcome;
 using nomira::testing::Strings;
 
 std::string Decoded(const std::string& bytes) {
-    return sqlite::ToUtf8(Windows1252().Decode(bytes));
+    return ToUtf8(Windows1252().Decode(bytes));
 }
 
 std::string Quoted(const std::string& bytes) {
@@ -68,11 +68,11 @@ std::string AsText(const RewritePlan& plan) {
         sText += fmt::format("{} {} {} -> {}\n", change.nLine, change.nPlace, Decoded(change.sOld),
                              Decoded(change.sNew));
     for (const LineFinding& refused : plan.refused)
-        sText += fmt::format("{} {}\n", refused.nLine, sqlite::ToUtf8(refused.sText));
+        sText += fmt::format("{} {}\n", refused.nLine, ToUtf8(refused.sText));
     if (plan.stopped)
-        sText += fmt::format("stopped at {}: {}\n", plan.stopped->nLine,
-                             sqlite::ToUtf8(plan.stopped->sText));
-    return sText + sqlite::ToUtf8(g_vLongName);
+        sText +=
+            fmt::format("stopped at {}: {}\n", plan.stopped->nLine, ToUtf8(plan.stopped->sText));
+    return sText + ToUtf8(g_vLongName);
 }
 
 class RewritePropertyTest : public ::testing::Test {

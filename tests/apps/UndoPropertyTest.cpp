@@ -1,9 +1,9 @@
 // What each writing command does, undo takes back to the last byte; and what export writes, import
 // reads.
-#include "adapters/sqlite/Utf8.h"
 #include "apps/BinaryRun.h"
 #include "apps/GeneratedFiles.h"
 #include "langtools/CodePage.h"
+#include "langtools/Utf8.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ using nomira::testing::Strings;
 using Table = std::vector<Strings>;
 
 std::string Quoted(const std::string& bytes) {
-    std::string sText = nomira::sqlite::ToUtf8(nomira::Windows1252().Decode(bytes));
+    std::string sText = nomira::ToUtf8(nomira::Windows1252().Decode(bytes));
     for (std::size_t n = 0; (n = sText.find('\'', n)) != std::string::npos; n += 2)
         sText.insert(n, "'");
     return "'" + sText + "'";

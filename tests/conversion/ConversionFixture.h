@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "adapters/memory/MemoryMachine.h"
-#include "adapters/sqlite/Utf8.h"
 #include "database/adoModul.h"
+#include "langtools/Utf8.h"
 #include "testing/TestDatabase.h"
 #include "testing/TextPrinting.h"
 #include "ui/formlayer/FormLayer.h"
@@ -75,8 +75,8 @@ class ConversionFixture : public ::testing::Test {
     void StoreSql(const std::string& sModule, const std::string& sKey, const std::string& sTextSql,
                   const std::string& sLanguage = "99") {
         db.Execute("INSERT INTO Items(Module,KeyString) VALUES('" + sModule + "','" + sKey +
-                   "');INSERT INTO Messages VALUES(last_insert_rowid()," + sLanguage + "," +
-                   sTextSql + ");");
+                   "');INSERT INTO Messages VALUES((SELECT max(Key_id) FROM Items)," + sLanguage +
+                   "," + sTextSql + ");");
     }
 
     // All texts as "Module|Key|Text", sorted by bytes.

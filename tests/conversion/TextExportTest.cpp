@@ -319,6 +319,7 @@ TEST_F(TextExportTest, TheFileIsTheDumpAndOneMoreCrLf) {
 }
 
 TEST_F(TextExportTest, TheFileIsInTheSystemsCodePage) {
+    if (db.Format() == StoreFormat::Jet3) GTEST_SKIP() << "its texts are in the code page already";
     StoreSql("IO", "IN_1", "'\xC2\xB5m \xE2\x82\xAC \xCE\xA9'");  // the last is not in the page
     machine.files.PutDirectory(u"C:\\data");
     DbIntoText(kFile);

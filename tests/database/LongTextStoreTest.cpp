@@ -15,6 +15,9 @@ using Rows = std::vector<std::vector<std::string>>;
 const std::string kAllItems = "SELECT Key_id, Module, KeyString FROM Items ORDER BY 1";
 const std::string kAllMessages = "SELECT Key_id, Language_id, String FROM Messages ORDER BY rowid";
 
+// Of tests whose store can only be made with SQLite's own statements.
+constexpr const char* kOddStore = "an Access file's tables can't be made so odd by statements";
+
 class LongTextStoreTest : public ::testing::Test {
   protected:
     LongTextStoreTest() { OpenDatabase(kLongTextDatabase); }
@@ -24,7 +27,8 @@ class LongTextStoreTest : public ::testing::Test {
     // Runs statements from outside; an item and its message in one line.
     void Add(const std::string& sModule, const std::string& sKey, const std::string& sText) {
         db.Execute("INSERT INTO Items(Module, KeyString) VALUES('" + sModule + "','" + sKey +
-                   "');INSERT INTO Messages VALUES(last_insert_rowid(), 99, '" + sText + "')");
+                   "');INSERT INTO Messages VALUES((SELECT max(Key_id) FROM Items), 99, '" + sText +
+                   "')");
     }
 
     TestDatabase db;
@@ -214,33 +218,42 @@ TEST_F(LongTextStoreTest, FindKeyIdOfAnAbsentKeyIsZeroAndSoIsItsText) {
 }
 
 TEST_F(LongTextStoreTest, KeyIdZeroCanHaveATextOfItsOwn) {
-    db.Execute("INSERT INTO Messages VALUES(0, 99, 'text of nobody')");
+    db.Execute(
+        "INSERT INTO Items VALUES(0,'IO','IN_0');"
+        "INSERT INTO Messages VALUES(0, 99, 'text of nobody')");
     Text sText;
     EXPECT_TRUE(ReadMessageString(0, sText, Shared()));
     EXPECT_EQ(sText, u"text of nobody");
 }
 
 TEST_F(LongTextStoreTest, FindKeyIdBeyond32BitsIsZero) {
+    if (db.Format() != StoreFormat::Sqlite) GTEST_SKIP() << kOddStore;
     db.Execute("INSERT INTO Items VALUES(4294967297,'IO','IN_1')");
     EXPECT_EQ(FindKeyId(u"IO", u"IN_1", Shared()), 0);
 }
 
 TEST_F(LongTextStoreTest, ReadMessageStringReadsTheLongTextLanguageAlone) {
-    db.Execute("INSERT INTO Messages VALUES(1,49,'deutsch'),(1,99,'lang'),(1,1,'x')");
+    db.Execute(
+        "INSERT INTO Items VALUES(1,'IO','IN_1');"
+        "INSERT INTO Messages VALUES(1,49,'deutsch'),(1,99,'lang'),(1,1,'x')");
     Text sText;
     EXPECT_TRUE(ReadMessageString(1, sText, Shared()));
     EXPECT_EQ(sText, u"lang");
 }
 
 TEST_F(LongTextStoreTest, ReadMessageStringOfNullIsFalseAndLeavesTheText) {
-    db.Execute("INSERT INTO Messages VALUES(1,99,NULL)");
+    db.Execute(
+        "INSERT INTO Items VALUES(1,'IO','IN_1');"
+        "INSERT INTO Messages VALUES(1,99,NULL)");
     Text sText = u"as it was";
     EXPECT_FALSE(ReadMessageString(1, sText, Shared()));
     EXPECT_EQ(sText, u"as it was");
 }
 
 TEST_F(LongTextStoreTest, ReadMessageStringOfAnEmptyTextIsTrue) {
-    db.Execute("INSERT INTO Messages VALUES(1,99,'')");
+    db.Execute(
+        "INSERT INTO Items VALUES(1,'IO','IN_1');"
+        "INSERT INTO Messages VALUES(1,99,'')");
     Text sText = u"gone";
     EXPECT_TRUE(ReadMessageString(1, sText, Shared()));
     EXPECT_EQ(sText, u"");
@@ -268,6 +281,7 @@ TEST_F(LongTextStoreTest, InsertItemTakesAKeyWithAnApostropheByField) {
 }
 
 TEST_F(LongTextStoreTest, InsertItemThatFailsLeavesTheKeyId) {
+    if (db.Format() != StoreFormat::Sqlite) GTEST_SKIP() << kOddStore;
     db.Execute("DROP TABLE Items");
     std::int32_t nKeyId = 5;
     EXPECT_FALSE(InsertItem(u"IO", u"IN_1", nKeyId, Shared()));
@@ -293,13 +307,15 @@ TEST_F(LongTextStoreTest, UpdateMessageChangesTheTextAndGivesTheKeyId) {
 }
 
 TEST_F(LongTextStoreTest, UpdateMessageGivesANullTextItsText) {
-    db.Execute("INSERT INTO Messages VALUES(3,99,NULL)");
+    db.Execute("INSERT INTO Items VALUES(3,'IO','IN_3'); INSERT INTO Messages VALUES(3,99,NULL)");
     EXPECT_EQ(UpdateMessage(3, u"new", Shared()), 3);
     EXPECT_EQ(db.Query(kAllMessages), (Rows{{"3", "99", "new"}}));
 }
 
 TEST_F(LongTextStoreTest, UpdateMessageChangesOnlyTheFirstOfTwoRows) {
-    db.Execute("INSERT INTO Messages VALUES(3,99,'same'),(3,99,'same')");
+    db.Execute(
+        "INSERT INTO Items VALUES(3,'IO','IN_3');"
+        "INSERT INTO Messages VALUES(3,99,'same'),(3,99,'same')");
     EXPECT_EQ(UpdateMessage(3, u"new", Shared()), 3);
     EXPECT_EQ(db.Query(kAllMessages), (Rows{{"3", "99", "new"}, {"3", "99", "same"}}));
 }
@@ -311,6 +327,7 @@ TEST_F(LongTextStoreTest, UpdateMessageWithoutARowLosesTheText) {
 }
 
 TEST_F(LongTextStoreTest, UpdateMessageThatTheDatabaseRefusesIsZero) {
+    if (db.Format() != StoreFormat::Sqlite) GTEST_SKIP() << kOddStore;
     Add("IO", "IN_1", "old");
     db.Execute(
         "CREATE TRIGGER Refuse BEFORE UPDATE ON Messages"
@@ -355,6 +372,7 @@ TEST_F(LongTextStoreTest, StoreLongTextOfAnItemWithoutMessageChangesNothingAndIs
 }
 
 TEST_F(LongTextStoreTest, StoreLongTextPassesOverAnItemWithoutAKeyId) {
+    if (db.Format() != StoreFormat::Sqlite) GTEST_SKIP() << kOddStore;
     db.Execute(
         "DROP TABLE Items; CREATE TABLE Items(Key_id INTEGER, Module TEXT, KeyString TEXT);"
         "INSERT INTO Items VALUES(NULL,'IO','IN_1'),(2,'IO','IN_1');"
@@ -381,6 +399,9 @@ TEST_F(LongTextStoreTest, AnyTextComesBackAsItWas) {
                                   u"\U0001F916",
                                   u""};
     for (const Text& sStored : texts) {
+        // Jet 3 stores the characters of its code page.
+        const bool bOneByte = sStored.find_first_of(u"\xD800\xD83E\xDD16") == Text::npos;
+        if (db.Format() == StoreFormat::Jet3 && !bOneByte) continue;
         ASSERT_TRUE(StoreLongText(sStored, u"IO", u"IN_1"));
         Text sRead = u"?";
         EXPECT_TRUE(ReadLongText(sRead, u"IO", u"IN_1"));
@@ -472,6 +493,7 @@ TEST_F(LongTextStoreTest, OnAClosedConnectionEveryOperationFailsInSilence) {
 }
 
 TEST_F(LongTextStoreTest, AStoreWithoutItsTablesFailsInSilence) {
+    if (db.Format() != StoreFormat::Sqlite) GTEST_SKIP() << kOddStore;
     db.Execute("DROP TABLE Messages; DROP TABLE Items");
     Text sText = u"as it was";
     EXPECT_FALSE(StoreLongText(u"x", u"IO", u"IN_1"));
@@ -482,6 +504,7 @@ TEST_F(LongTextStoreTest, AStoreWithoutItsTablesFailsInSilence) {
 }
 
 TEST_F(LongTextStoreTest, AnItemWhoseMessageFailedStaysAndNeverGetsAText) {
+    if (db.Format() != StoreFormat::Sqlite) GTEST_SKIP() << kOddStore;
     db.Execute("ALTER TABLE Messages RENAME TO Away");
     EXPECT_TRUE(StoreLongText(u"first", u"IO", u"IN_1"));
     EXPECT_EQ(db.Query(kAllItems), (Rows{{"1", "IO", "IN_1"}}));
@@ -560,6 +583,7 @@ TEST_F(LongTextStoreTest, ObserverIsToldOfALostText) {
 }
 
 TEST_F(LongTextStoreTest, ObserverIsToldOfAnItemWithoutMessage) {
+    if (db.Format() != StoreFormat::Sqlite) GTEST_SKIP() << kOddStore;
     db.Execute("DROP TABLE Messages");
     Watcher watcher;
     StoreLongText(u"a", u"IO", u"IN_1");
@@ -567,6 +591,7 @@ TEST_F(LongTextStoreTest, ObserverIsToldOfAnItemWithoutMessage) {
 }
 
 TEST_F(LongTextStoreTest, ObserverIsToldOfAFailedLookUpAndOfAFailedAdding) {
+    if (db.Format() != StoreFormat::Sqlite) GTEST_SKIP() << kOddStore;
     Watcher watcher;
     StoreLongText(u"a", u"IO", u"IN_'1");
     db.Execute("CREATE TRIGGER Refuse BEFORE INSERT ON Items BEGIN SELECT RAISE(ABORT,'no'); END");
@@ -575,6 +600,7 @@ TEST_F(LongTextStoreTest, ObserverIsToldOfAFailedLookUpAndOfAFailedAdding) {
 }
 
 TEST_F(LongTextStoreTest, ObserverIsToldOfAFailedChange) {
+    if (db.Format() != StoreFormat::Sqlite) GTEST_SKIP() << kOddStore;
     Add("IO", "IN_1", "old");
     db.Execute(
         "CREATE TRIGGER Refuse BEFORE UPDATE ON Messages"

@@ -47,8 +47,9 @@ class CompactionTest : public ::testing::Test {
 
 TEST_F(CompactionTest, PutsACompactedCopyInTheLiveFilesPlace) {
     db.Execute(
-        "CREATE TABLE Ballast(x); INSERT INTO Ballast VALUES(zeroblob(200000));"
-        "DROP TABLE Ballast");
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n LIMIT 50)"
+        " INSERT INTO Messages SELECT 7,i,printf('%09000d',i) FROM n;"
+        "DELETE FROM Messages WHERE Language_id<>99");
     const auto nBefore = fs::file_size(db.Path());
     CompactLongTextDatabase();
     EXPECT_LT(fs::file_size(db.Path()), nBefore);

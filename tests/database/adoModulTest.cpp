@@ -24,7 +24,8 @@ class adoModulTest : public ::testing::Test {
 
     void AddText(const std::string& sModule, const std::string& sKey, const std::string& sText) {
         db.Execute("INSERT INTO Items(Module, KeyString) VALUES('" + sModule + "','" + sKey +
-                   "');INSERT INTO Messages VALUES(last_insert_rowid(), 99, " + sText + ")");
+                   "');INSERT INTO Messages VALUES((SELECT max(Key_id) FROM Items), 99, " + sText +
+                   ")");
     }
 
     TestDatabase db;
@@ -143,7 +144,7 @@ TEST_F(adoModulTest, ReadLongTextWithoutATextIsTrueAndLeavesTheText) {
     AddText("IO", "IN_1", "NULL");
     db.Execute(
         "INSERT INTO Items(Module, KeyString) VALUES('IO','IN_2');"
-        "INSERT INTO Messages VALUES(last_insert_rowid(), 49, 'andere Sprache')");
+        "INSERT INTO Messages VALUES((SELECT max(Key_id) FROM Items), 49, 'andere Sprache')");
     for (const TextView sKey : {u"IN_1", u"IN_2"}) {
         Text sText = u"as it was";
         EXPECT_TRUE(ReadLongText(sText, u"IO", sKey));

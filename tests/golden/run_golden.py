@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Runs the golden test of one folder and compares what it leaves; README.md tells the layout.
 
-usage: run_golden.py CASE WORK NOMIRA MAKE_STORE
+usage: run_golden.py CASE WORK NOMIRA MAKE_STORE FORMAT
 
 CASE is the test's folder, WORK one of its own in the build, which is emptied first; NOMIRA and
-MAKE_STORE are the two programs. With NOMIRA_GOLDEN_UPDATE set the outcome becomes what is expected.
+MAKE_STORE are the two programs; FORMAT is the database's: sqlite, jet3 or jet4. All of them must
+leave the same. With NOMIRA_GOLDEN_UPDATE set the outcome becomes what is expected.
 """
 
 import difflib
@@ -25,29 +26,25 @@ RUN_TIMEOUT_SECONDS = 240
 class Prefix:
     """The Windows side of the world for one test."""
 
-    def __init__(self, root: Path):
+    def __init__(self, root: Path, make_store: str, store_format: str):
         self.root = root
+        self.make_store = make_store
+        self.store_format = store_format
         self.drive = root / "drives" / "c"
         self.database = self.drive / DATABASE
 
-    def create(self, case: Path, make_store: str):
+    def create(self, case: Path):
         self.database.parent.mkdir(parents=True)
         if (case / "c").is_dir():
             shutil.copytree(case / "c", self.drive, dirs_exist_ok=True)
         if (case / "registry.reg").is_file():
             shutil.copyfile(case / "registry.reg", self.root / "registry.reg")
-        subprocess.run([make_store, str(self.database)], check=True)
-        self._seed(case / "seed.sql")
+        seed = case / "seed.sql"
+        script = [str(seed)] if seed.is_file() else []
+        subprocess.run([self.make_store, str(self.database), self.store_format, *script], check=True)
         if (case / "make_input.py").is_file():
             subprocess.run([sys.executable, str(case / "make_input.py"), str(self.drive)], check=True)
         self._set_up(case / "setup")
-
-    def _seed(self, script: Path):
-        if not script.is_file():
-            return
-        connection = sqlite3.connect(self.database)
-        connection.executescript(script.read_text(encoding="utf-8"))
-        connection.close()
 
     def _set_up(self, setup: Path):
         if not setup.is_file():
@@ -92,16 +89,27 @@ def run(nomira: str, command_line: str, prefix: Prefix) -> tuple:
     return done.returncode, done.stdout.replace(str(prefix.root).encode(), b"<prefix>")
 
 
-def database_rows(database: Path) -> bytes:
-    connection = sqlite3.connect(database)
-    rows = connection.execute(
-        "SELECT Items.Module, Items.KeyString, Messages.Language_id, Messages.String"
-        " FROM Items LEFT JOIN Messages ON Items.Key_id = Messages.Key_id"
-        " UNION ALL SELECT NULL, NULL, Language_id, String FROM Messages"
-        " WHERE Key_id NOT IN (SELECT Key_id FROM Items)"
-    ).fetchall()
-    connection.close()
-    lines = sorted("|".join("<null>" if v is None else str(v) for v in row) for row in rows)
+ALL_ROWS = (
+    "SELECT Items.Module, Items.KeyString, Messages.Language_id, Messages.String"
+    " FROM Items LEFT JOIN Messages ON Items.Key_id = Messages.Key_id"
+    " UNION ALL SELECT NULL, NULL, Language_id, String FROM Messages"
+    " WHERE Key_id NOT IN (SELECT Key_id FROM Items)"
+)
+
+
+def rows_of(prefix: Prefix) -> list:
+    if prefix.store_format == "sqlite":
+        connection = sqlite3.connect(prefix.database)
+        rows = connection.execute(ALL_ROWS).fetchall()
+        connection.close()
+        return [["<null>" if v is None else str(v) for v in row] for row in rows]
+    command = [prefix.make_store, "--rows", str(prefix.database), ALL_ROWS]
+    output = subprocess.run(command, check=True, stdout=subprocess.PIPE).stdout.decode()
+    return [row.split("\x1f")[:-1] for row in output.split("\x1e")[:-1]]
+
+
+def database_rows(prefix: Prefix) -> bytes:
+    lines = sorted("|".join(row) for row in rows_of(prefix))
     escaped = [line.replace("\\", "\\\\").replace("\r", "\\r").replace("\n", "\\n") for line in lines]
     return "".join(line + "\n" for line in escaped).encode()
 
@@ -121,7 +129,7 @@ def write_outcome(actual: Path, prefix: Prefix, before: dict, runs: list):
     if output:
         (actual / "output").write_bytes(output)
     if prefix.database.exists():
-        (actual / "database").write_bytes(database_rows(prefix.database))
+        (actual / "database").write_bytes(database_rows(prefix))
     after = prefix.files()
     listing = []
     for path in sorted(before.keys() | after.keys()):
@@ -165,15 +173,15 @@ def compare(expected: Path, actual: Path) -> bool:
 
 
 def main() -> int:
-    if len(sys.argv) != 5:
+    if len(sys.argv) != 6:
         sys.exit(__doc__)
     case, work = Path(sys.argv[1]), Path(sys.argv[2])
-    nomira, make_store = sys.argv[3:]
+    nomira, make_store, store_format = sys.argv[3:]
     shutil.rmtree(work, ignore_errors=True)
     work.mkdir(parents=True)
 
-    prefix = Prefix(work / "prefix")
-    prefix.create(case, make_store)
+    prefix = Prefix(work / "prefix", make_store, store_format)
+    prefix.create(case)
     before = prefix.files()
     runs = [run(nomira, line, prefix) for line in command_lines(case)]
     if not runs:
@@ -181,7 +189,7 @@ def main() -> int:
 
     actual = work / "actual"
     write_outcome(actual, prefix, before, runs)
-    if os.environ.get("NOMIRA_GOLDEN_UPDATE"):
+    if os.environ.get("NOMIRA_GOLDEN_UPDATE") and store_format == "sqlite":
         shutil.rmtree(case / "expected", ignore_errors=True)
         shutil.copytree(actual, case / "expected")
         print(f"{case.name}: expected/ is new now; read it")

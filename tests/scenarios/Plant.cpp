@@ -79,7 +79,7 @@ void Plant::StoreText(const std::string& sModule, const std::string& sKey,
     ExecuteOn(Database(), "INSERT INTO Items (Module, KeyString) VALUES ('" + sModule + "', '" +
                               sKey +
                               "'); INSERT INTO Messages (Key_id, Language_id, String) VALUES "
-                              "(last_insert_rowid(), 99, '" +
+                              "((SELECT max(Key_id) FROM Items), 99, '" +
                               sText + "');");
 }
 

@@ -7,11 +7,15 @@
 #include <stdexcept>
 #include <utility>
 
-#include "adapters/sqlite/StoreSchema.h"
-#include "adapters/sqlite/Utf8.h"
+#include "adapters/jet/Checker.h"
+#include "adapters/jet/FilePages.h"
+#include "adapters/sqlite/JetDatabase.h"
+#include "adapters/sqlite/SqliteFile.h"
 #include "database/DatabaseEngine.h"
 #include "database/adoModul.h"
 #include "langtools/BasicText.h"
+#include "langtools/RuntimeError.h"
+#include "langtools/Utf8.h"
 
 namespace nomira::testing {
 namespace {
@@ -22,22 +26,58 @@ struct CloseHandle {
     void operator()(sqlite3* handle) const { sqlite3_close(handle); }
 };
 using HandlePtr = std::unique_ptr<sqlite3, CloseHandle>;
-
-HandlePtr OpenHandle(const fs::path& path) {
-    sqlite3* raw = nullptr;
-    const int nResult = sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READWRITE, nullptr);
-    HandlePtr handle(raw);
-    if (nResult != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(raw));
-    return handle;
-}
+using Rows = std::vector<std::vector<std::string>>;
 
 int AppendRow(void* rows, int nCount, char** values, char** /*names*/) {
     std::vector<std::string> row;
     for (int n = 0; n < nCount; ++n)
         row.emplace_back(values[n] == nullptr ? "<null>" : values[n]);
-    static_cast<std::vector<std::vector<std::string>>*>(rows)->push_back(std::move(row));
+    static_cast<Rows*>(rows)->push_back(std::move(row));
     return 0;
 }
+
+Rows Run(sqlite3* handle, const std::string& sSql) {
+    Rows rows;
+    if (sqlite3_exec(handle, sSql.c_str(), AppendRow, &rows, nullptr) != SQLITE_OK)
+        throw std::runtime_error(sqlite3_errmsg(handle));
+    return rows;
+}
+
+bool IsAccessFile(const fs::path& path) {
+    const auto state = sqlite::TryLookAtFile(path);
+    return state && sqlite::SqliteFile(path, state->identity).IsAccessFile();
+}
+
+Rows RunOnSqlite(const fs::path& path, const std::string& sSql) {
+    sqlite3* raw = nullptr;
+    const int nResult = sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READWRITE, nullptr);
+    const HandlePtr handle(raw);
+    if (nResult != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(raw));
+    return Run(raw, sSql);
+}
+
+Rows RunOnAccess(const fs::path& path, const std::string& sSql) {
+    try {
+        const sqlite::FileState state = sqlite::LookAtFile(path);
+        sqlite::JetDatabase database(path, state.identity);
+        database.CheckReadable(state, sqlite::SystemTime());
+        Rows rows = Run(database.Handle(), sSql);
+        database.Rest();
+        return rows;
+    } catch (const RuntimeError& error) {
+        throw std::runtime_error(ToUtf8(error.Description()));
+    }
+}
+
+struct FormatWord {
+    const char* sWord;
+    StoreFormat format;
+};
+constexpr FormatWord kFormatWords[]{
+    {"sqlite", StoreFormat::Sqlite},
+    {"jet3", StoreFormat::Jet3},
+    {"jet4", StoreFormat::Jet4},
+};
 
 // In memory where the system has such a folder: the tests make hundreds of stores.
 fs::path DefaultParent() {
@@ -47,10 +87,19 @@ fs::path DefaultParent() {
 
 }  // namespace
 
-TestDatabase::TestDatabase(const fs::path& parent, sqlite::Clock clock)
-    : m_folder(parent.empty() ? DefaultParent() : parent),
+StoreFormat FormatUnderTest() {
+    const char* sWord = std::getenv("NOMIRA_TEST_STORE");
+    if (sWord == nullptr) return StoreFormat::Sqlite;
+    for (const FormatWord& word : kFormatWords)
+        if (std::string_view(sWord) == word.sWord) return word.format;
+    throw std::runtime_error(std::string("no such store format: ") + sWord);
+}
+
+TestDatabase::TestDatabase(const fs::path& parent, sqlite::Clock clock, StoreFormat format)
+    : m_format(format),
+      m_folder(parent.empty() ? DefaultParent() : parent),
       m_engine([this](TextView sPath) { return FileOf(sPath); }, std::move(clock)) {
-    sqlite::CreateStore(Path());
+    sqlite::CreateStore(Path(), m_format);
     SetDatabaseEngine(&m_engine);
 }
 
@@ -69,7 +118,7 @@ std::vector<std::vector<std::string>> TestDatabase::Query(const std::string& sSq
 
 fs::path TestDatabase::FileOf(TextView sPath) const {
     const std::size_t nName = sPath.find_last_of(u"\\/") + 1;
-    return m_folder / sqlite::ToUtf8(LCase(sPath.substr(nName)));
+    return m_folder / ToUtf8(LCase(sPath.substr(nName)));
 }
 
 void TestDatabase::RemoveFile() const {
@@ -78,8 +127,21 @@ void TestDatabase::RemoveFile() const {
 
 fs::path TestDatabase::CreateCatalogue() const {
     const fs::path path = FileOf(kCatalogueDatabase);
-    sqlite::CreateStore(path);
+    sqlite::CreateStore(path, m_format);
     return path;
+}
+
+std::vector<std::string> TestDatabase::Damage() const {
+    std::vector<std::string> damage;
+    if (m_format == StoreFormat::Sqlite) {
+        for (const auto& row : Query("PRAGMA integrity_check; PRAGMA foreign_key_check"))
+            if (row.front() != "ok") damage.push_back(row.front());
+        return damage;
+    }
+    jet::AccessFile file(jet::FilePages::Open(Path(), jet::OpenMode::ReadOnly));
+    for (const jet::Finding& finding : jet::CheckFile(file))
+        damage.push_back("page " + std::to_string(finding.nPage) + ": " + finding.sText);
+    return damage;
 }
 
 void ExecuteOn(const fs::path& path, const std::string& sSql) {
@@ -87,11 +149,7 @@ void ExecuteOn(const fs::path& path, const std::string& sSql) {
 }
 
 std::vector<std::vector<std::string>> QueryOn(const fs::path& path, const std::string& sSql) {
-    std::vector<std::vector<std::string>> rows;
-    const HandlePtr handle = OpenHandle(path);
-    if (sqlite3_exec(handle.get(), sSql.c_str(), AppendRow, &rows, nullptr) != SQLITE_OK)
-        throw std::runtime_error(sqlite3_errmsg(handle.get()));
-    return rows;
+    return IsAccessFile(path) ? RunOnAccess(path, sSql) : RunOnSqlite(path, sSql);
 }
 
 }  // namespace nomira::testing

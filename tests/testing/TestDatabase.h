@@ -1,5 +1,8 @@
-// A long-text store of its own for a test: a fresh SQLite file in a temporary folder, and the
-// engine that finds it under the program's own path.
+// A long-text store of its own for a test: a fresh file in a temporary folder, and the engine that
+// finds it under the program's own path.
+//
+// A test program that doesn't say which format it wants is run once for each: NOMIRA_TEST_STORE
+// names it, "sqlite" (also without it), "jet3" or "jet4".
 #pragma once
 
 #include <filesystem>
@@ -7,9 +10,15 @@
 #include <vector>
 
 #include "adapters/sqlite/SqliteEngine.h"
+#include "adapters/sqlite/StoreSchema.h"
 #include "testing/TemporaryFolder.h"
 
 namespace nomira::testing {
+
+using sqlite::StoreFormat;
+
+// The one that this run of the test program is for.
+StoreFormat FormatUnderTest();
 
 class TestDatabase {
   public:
@@ -19,17 +28,21 @@ class TestDatabase {
     // yet. The folder is made below `parent`, or in memory if that is empty. `clock` is the
     // engine's.
     explicit TestDatabase(const std::filesystem::path& parent = {},
-                          sqlite::Clock clock = sqlite::SystemTime);
+                          sqlite::Clock clock = sqlite::SystemTime,
+                          StoreFormat format = FormatUnderTest());
     // Closes the shared connection and removes engine and folder.
     ~TestDatabase();
     TestDatabase(const TestDatabase&) = delete;
     TestDatabase& operator=(const TestDatabase&) = delete;
 
     // Runs statements on the store through a handle of its own; throws std::runtime_error with
-    // SQLite's words. Relations are not enforced, so that odd rows can be made.
+    // SQLite's words. An SQLite file's relations are not enforced, so that odd rows can be made.
     void Execute(const std::string& sSql) const;
     // The rows of a query, UTF-8, Null as "<null>".
     std::vector<std::vector<std::string>> Query(const std::string& sSql) const;
+
+    // What is wrong with the store's file, by its format's own check; none for a sound one.
+    std::vector<std::string> Damage() const;
 
     // The store's file.
     std::filesystem::path Path() const { return m_folder / "orvo_con.mdb"; }
@@ -42,8 +55,10 @@ class TestDatabase {
     std::filesystem::path CreateCatalogue() const;
 
     sqlite::SqliteEngine& Engine() { return m_engine; }
+    StoreFormat Format() const { return m_format; }
 
   private:
+    StoreFormat m_format;
     TemporaryFolder m_folder;
     sqlite::SqliteEngine m_engine;
 };

@@ -74,7 +74,7 @@ class CaptionsTest : public PendantFixture {
         if (!std::filesystem::exists(db.FileOf(kCatalogueDatabase))) db.CreateCatalogue();
         ExecuteOn(db.FileOf(kCatalogueDatabase),
                   "INSERT INTO Items(Module,KeyString) VALUES('" + sModule + "'," + sKey +
-                      ");INSERT INTO Messages VALUES(last_insert_rowid()," +
+                      ");INSERT INTO Messages VALUES((SELECT max(Key_id) FROM Items)," +
                       std::to_string(nLanguage) + "," + sTextSql + ")");
     }
     void PutAllBut(const std::string& sMissing = {}) {

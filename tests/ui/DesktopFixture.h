@@ -179,7 +179,8 @@ class DesktopFixture : public ::testing::Test {
 
     void Store(const std::string& sModule, const std::string& sKey, const std::string& sText) {
         db.Execute("INSERT INTO Items(Module,KeyString) VALUES('" + sModule + "','" + sKey +
-                   "');INSERT INTO Messages VALUES(last_insert_rowid(),99,'" + sText + "');");
+                   "');INSERT INTO Messages VALUES((SELECT max(Key_id) FROM Items),99,'" + sText +
+                   "');");
     }
     // All texts as "Key|Text", sorted by bytes.
     std::vector<std::string> Stored() const {

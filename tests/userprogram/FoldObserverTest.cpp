@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "adapters/sqlite/Utf8.h"
 #include "conversion/TextImport.h"
+#include "langtools/Utf8.h"
 #include "testing/TextPrinting.h"
 #include "userprogram/FoldHeader.h"
 #include "userprogram/ProgramFixture.h"
@@ -31,11 +31,11 @@ class Recorder : public FoldObserver {
     }
     void SymbolOnlyFound() override { m_lines.emplace_back("symbol only"); }
     void NameFound(const FoldName& name) override {
-        m_lines.push_back(sqlite::ToUtf8(name.sModule) + " " + sqlite::ToUtf8(name.sKey) + " '" +
-                          sqlite::ToUtf8(name.sOldName) + "' " + std::to_string(name.nPlace));
+        m_lines.push_back(ToUtf8(name.sModule) + " " + ToUtf8(name.sKey) + " '" +
+                          ToUtf8(name.sOldName) + "' " + std::to_string(name.nPlace));
     }
     void NameDecided(const FoldName& name, TextView sText, NameOutcome outcome) override {
-        m_lines.push_back(sqlite::ToUtf8(name.sKey) + " '" + sqlite::ToUtf8(sText) + "' " +
+        m_lines.push_back(ToUtf8(name.sKey) + " '" + ToUtf8(sText) + "' " +
                           kOutcomes[static_cast<int>(outcome)]);
     }
     std::vector<std::string> Take() { return std::exchange(m_lines, {}); }

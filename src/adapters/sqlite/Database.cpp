@@ -1,8 +1,5 @@
 #include "adapters/sqlite/Database.h"
 
-#include <sys/stat.h>
-
-#include <cstring>
 #include <utility>
 
 #include "adapters/sqlite/Failure.h"
@@ -15,21 +12,12 @@ namespace {
 // file that stays locked.
 constexpr int kPatienceMilliseconds = 1000;
 
-constexpr mode_t kAnyoneWrites = S_IWUSR | S_IWGRP | S_IWOTH;
-
 // More than all the statements of one program; a bound on what odd callers may pile up.
 constexpr std::size_t kKeptStatements = 64;
 
 // A look-up's statements follow its open by less than that; nobody else can have written a row and
 // told of it in so short a time.
 constexpr std::chrono::microseconds kJustNow{20};
-
-// A file that nobody may write is only read, even by a superuser, whom the system would let write.
-int OpenFlags(const FileIdentity& identity) {
-    const int nAccess =
-        (identity.nMode & kAnyoneWrites) != 0 ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY;
-    return nAccess | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
-}
 
 // Deleted items take their messages along; Like compares exactly, as "=" does, and may then use an
 // index; a file from elsewhere can't run functions through its schema; damage is seen early.
@@ -50,20 +38,29 @@ bool IsBlank(std::string_view sText) {
 }  // namespace
 
 Database::Database(std::filesystem::path path, const FileIdentity& identity)
-    : m_path(std::move(path)), m_identity(identity) {
-    if (sqlite3_open_v2(m_path.c_str(), &m_handle, OpenFlags(identity), nullptr) != SQLITE_OK) {
+    : m_path(std::move(path)), m_identity(identity) {}
+
+Database::~Database() {
+    CloseHandle();
+}
+
+void Database::OpenHandle(const char* sName, int nFlags) {
+    CloseHandle();
+    const int nResult = sqlite3_open_v2(
+        sName, &m_handle, nFlags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+    if (nResult != SQLITE_OK) {
         const std::string sWords = sqlite3_errmsg(m_handle);
-        sqlite3_close(m_handle);
+        CloseHandle();
         RaiseFailure(sWords);
     }
     SetWaiting(kPatienceMilliseconds);
     Run(kSettings);
 }
 
-Database::~Database() {
-    m_journalMode.reset();
+void Database::CloseHandle() {
     m_kept.clear();
     sqlite3_close(m_handle);
+    m_handle = nullptr;
 }
 
 bool Database::IsAsRemembered(const FileState& state) {
@@ -75,25 +72,8 @@ bool Database::IsAsRemembered(const FileState& state) {
 void Database::CheckReadable(const FileState& state, std::chrono::nanoseconds now) {
     if (IsAsRemembered(state)) return;
     Forget();
-    ReadSchema();
-    // A write-ahead log takes changes that the file doesn't show.
-    if (state.IsQuiet(now) && !IsWriteAhead()) m_rememberedState = state;
-}
-
-void Database::ReadSchema() {
-    sqlite3_stmt* statement = PrepareOnce("SELECT 1 FROM sqlite_schema LIMIT 1");
-    const StatementUse use(statement);
-    Step(statement);
-}
-
-// Whoever writes a file that is at rest locks it for that first, and others can't read it from
-// then on until it is done or given up.
-bool Database::IsBeingWritten() const {
-    sqlite3_file* file = nullptr;
-    sqlite3_file_control(m_handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
-    int nReserved = 0;
-    const int nResult = file->pMethods->xCheckReservedLock(file, &nReserved);
-    return nResult != SQLITE_OK || nReserved != 0;
+    CheckContents();
+    if (state.IsQuiet(now) && ShowsItsChanges()) m_rememberedState = state;
 }
 
 void Database::Forget() {
@@ -142,7 +122,10 @@ sqlite3_stmt* Database::PrepareOnce(const std::string& sSql) {
 }
 
 bool Database::Step(sqlite3_stmt* statement) {
-    if (sqlite3_stmt_readonly(statement) == 0) PrepareToWrite();
+    if (sqlite3_stmt_readonly(statement) == 0) {
+        Forget();
+        PrepareToWrite();
+    }
     return StepRaw(statement);
 }
 
@@ -156,8 +139,7 @@ bool Database::StepRaw(sqlite3_stmt* statement) {
 void Database::BeginTransaction() {
     Forget();
     PrepareToWrite();
-    const bool bReadOnly = sqlite3_db_readonly(m_handle, "main") != 0;
-    RunOrRaise(bReadOnly ? "BEGIN" : "BEGIN IMMEDIATE");
+    RunOrRaise(IsReadOnly() ? "BEGIN" : "BEGIN IMMEDIATE");
 }
 
 void Database::CommitTransaction() {
@@ -169,20 +151,9 @@ void Database::RollbackTransaction() {
 }
 
 bool Database::Rest() {
-    if (sqlite3_get_autocommit(m_handle) == 0) Run("ROLLBACK");
-    m_bJournalChosen = false;
-    if (m_rememberedState) return true;  // it was at rest, and nothing has been written since
-    if (!IsWriteAhead()) return true;
-    SetWaiting(0);
-    Run("PRAGMA synchronous=FULL; PRAGMA journal_mode=DELETE");
-    SetWaiting(Patience());
-    return !IsWriteAhead();
-}
-
-void Database::CopyCompacted(const std::filesystem::path& path) {
-    const StatementPtr statement = Prepare("VACUUM INTO ?1");
-    sqlite3_bind_text(statement.get(), 1, path.c_str(), -1, SQLITE_STATIC);
-    StepRaw(statement.get());
+    if (InTransaction()) Run("ROLLBACK");
+    // What is remembered tells that it was at rest, and nothing has been written since.
+    return m_rememberedState ? true : PutToRest();
 }
 
 int Database::Run(const char* sSql) {
@@ -193,6 +164,12 @@ void Database::RunOrRaise(const char* sSql) {
     const int nResult = Run(sSql);
     SetPatience(nResult);
     if (nResult != SQLITE_OK) RaiseFailure(m_handle);
+}
+
+void Database::RunWithoutWaiting(const char* sSql) {
+    SetWaiting(0);
+    Run(sSql);
+    SetWaiting(Patience());
 }
 
 int Database::Patience() const {
@@ -208,28 +185,6 @@ void Database::SetPatience(int nResult) {
     if (bPatient == m_bPatient) return;
     m_bPatient = bPatient;
     SetWaiting(Patience());
-}
-
-void Database::PrepareToWrite() {
-    Forget();
-    if (m_bJournalChosen || sqlite3_get_autocommit(m_handle) == 0) return;
-    m_bJournalChosen = true;
-    SetWaiting(0);
-    Run("PRAGMA journal_mode=WAL");
-    SetWaiting(Patience());
-    if (IsWriteAhead()) Run("PRAGMA synchronous=NORMAL");
-}
-
-bool Database::IsWriteAhead() {
-    if (!m_journalMode) {
-        sqlite3_stmt* raw = nullptr;
-        sqlite3_prepare_v2(m_handle, "PRAGMA journal_mode", -1, &raw, nullptr);
-        m_journalMode.reset(raw);
-    }
-    const StatementUse use(m_journalMode.get());
-    if (sqlite3_step(m_journalMode.get()) != SQLITE_ROW) return false;
-    const auto* sMode = reinterpret_cast<const char*>(sqlite3_column_text(m_journalMode.get(), 0));
-    return sMode != nullptr && std::strcmp(sMode, "wal") == 0;
 }
 
 }  // namespace nomira::sqlite

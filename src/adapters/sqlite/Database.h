@@ -1,10 +1,6 @@
-// One SQLite handle on one database file, and the file's life between rest and work.
-//
-// At rest the file is whole and alone: in rollback-journal mode, with no other file beside it, and
-// with no lock on it. The first write puts it into write-ahead mode, in which every row commits by
-// itself without waiting for the disk and a killed process loses nothing that was committed; Rest
-// puts it back. Where another process keeps the file from changing mode, writes go through the
-// rollback journal, which survives a killed process as well.
+// One SQLite connection to one database file, whatever kind of file it is: its statements, what is
+// remembered of them, and its transactions. How a file of each kind lies at rest and at work is the
+// derived class's matter.
 #pragma once
 
 #include <sqlite3.h>
@@ -44,10 +40,7 @@ class StatementUse {
 
 class Database {
   public:
-    // Opens the existing file that was looked at at the path, for reading only if nobody may
-    // write it. Doesn't look into it; CheckReadable does. Raises EngineFailure.
-    Database(std::filesystem::path path, const FileIdentity& identity);
-    ~Database();
+    virtual ~Database();
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
@@ -86,29 +79,52 @@ class Database {
     // at work on it, so that it must stay as it is, for the last of them to put back.
     bool Rest();
 
-    // Writes a compacted copy into the empty file at `path`. Raises EngineFailure.
-    void CopyCompacted(const std::filesystem::path& path);
+    // Writes a compacted copy into the empty file at `path`. `nEngineType` as EngineType gives it:
+    // an Access file becomes one of that kind, or of its own for 0; other files stay what they are.
+    // Raises EngineFailure.
+    virtual void CopyCompacted(const std::filesystem::path& path, int nEngineType) = 0;
 
-  private:
+  protected:
+    // For the existing file that was looked at at the path. Opens nothing yet.
+    Database(std::filesystem::path path, const FileIdentity& identity);
+
+    // Opens the handle, in the place of one that is open. Raises EngineFailure.
+    void OpenHandle(const char* sName, int nFlags);
+    // Closes it, with all statements that are kept.
+    void CloseHandle();
+
+    // Whether somebody else has begun to write the file.
+    virtual bool IsBeingWritten() const = 0;
+    // Raises EngineFailure if what stands at the path can't be read, or is no such database.
+    virtual void CheckContents() = 0;
+    // Whether a change by anybody shows in the file itself, and so in its times.
+    virtual bool ShowsItsChanges() = 0;
+    // Ahead of each statement that may write, and of a transaction. What was remembered is
+    // forgotten by then.
+    virtual void PrepareToWrite() = 0;
+    virtual bool IsReadOnly() const = 0;
+    // Puts the file to rest after somebody wrote it or may have; without a transaction. False as
+    // Rest.
+    virtual bool PutToRest() = 0;
+
     int Run(const char* sSql);
     void RunOrRaise(const char* sSql);
+    bool StepRaw(sqlite3_stmt* statement);
+    // Runs statements that give up at once where somebody else holds the file.
+    void RunWithoutWaiting(const char* sSql);
+    bool InTransaction() const { return sqlite3_get_autocommit(m_handle) == 0; }
+
+  private:
     int Patience() const;
     void SetWaiting(int nMilliseconds);
     void SetPatience(int nResult);
-    bool StepRaw(sqlite3_stmt* statement);
-    void PrepareToWrite();
-    bool IsWriteAhead();
-    bool IsBeingWritten() const;
-    void ReadSchema();
     void Forget();
 
     std::filesystem::path m_path;
     FileIdentity m_identity;
     sqlite3* m_handle = nullptr;
     std::unordered_map<std::string, StatementPtr> m_kept;
-    StatementPtr m_journalMode;
     bool m_bPatient = true;
-    bool m_bJournalChosen = false;
     // As the file stood when what is remembered was read; nullopt while nothing may be.
     std::optional<FileState> m_rememberedState;
     RememberedResults m_remembered;

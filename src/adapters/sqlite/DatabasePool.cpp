@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "adapters/sqlite/JetDatabase.h"
+#include "adapters/sqlite/SqliteFile.h"
 #include "langtools/RuntimeError.h"
 
 namespace nomira::sqlite {
@@ -15,6 +17,14 @@ constexpr std::size_t kMostResolved = 64;
 
 }  // namespace
 
+std::unique_ptr<Database> MakeDatabase(const std::filesystem::path& path,
+                                       const FileIdentity& identity) {
+    auto file = std::make_unique<SqliteFile>(path, identity);
+    if (!file->IsAccessFile()) return file;
+    file.reset();
+    return std::make_unique<JetDatabase>(path, identity);
+}
+
 std::unique_ptr<Database> DatabasePool::Take(TextView sPath) {
     if (auto unchanged = TakeUnchanged(sPath)) return unchanged;
     const std::filesystem::path path = m_resolvePath(sPath);
@@ -23,7 +33,7 @@ std::unique_ptr<Database> DatabasePool::Take(TextView sPath) {
     std::unique_ptr<Database> database = TakeKept(path);
     const FileState state = LookAtFile(path);
     if (!database || database->Identity() != state.identity)
-        database = std::make_unique<Database>(path, state.identity);
+        database = MakeDatabase(path, state.identity);
     try {
         database->CheckReadable(state, m_clock());
     } catch (const RuntimeError&) {

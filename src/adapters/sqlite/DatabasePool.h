@@ -17,6 +17,10 @@ namespace nomira::sqlite {
 // The file that a path of the program means on this machine.
 using ResolvePath = std::function<std::filesystem::path(TextView)>;
 
+// The database at the path, of the kind that the file says it is of. Raises EngineFailure.
+std::unique_ptr<Database> MakeDatabase(const std::filesystem::path& path,
+                                       const FileIdentity& identity);
+
 class DatabasePool {
   public:
     DatabasePool(ResolvePath resolvePath, Clock clock)

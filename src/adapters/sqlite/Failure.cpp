@@ -1,7 +1,7 @@
 #include "adapters/sqlite/Failure.h"
 
-#include "adapters/sqlite/Utf8.h"
 #include "langtools/RuntimeError.h"
+#include "langtools/Utf8.h"
 
 namespace nomira::sqlite {
 

@@ -22,6 +22,14 @@ class Descriptor {
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 
+    void Write(std::span<const std::uint8_t> bytes) const {
+        while (!bytes.empty()) {
+            const ssize_t nWritten = ::write(m_nDescriptor, bytes.data(), bytes.size());
+            if (nWritten < 0 && errno != EINTR)
+                RaiseFailure(std::generic_category().message(errno));
+            if (nWritten > 0) bytes = bytes.subspan(static_cast<std::size_t>(nWritten));
+        }
+    }
     void Sync() const {
         if (::fsync(m_nDescriptor) != 0) RaiseFailure(std::generic_category().message(errno));
     }
@@ -43,6 +51,10 @@ NewFile::NewFile(std::filesystem::path path, mode_t nPermissions) : m_path(std::
 NewFile::~NewFile() {
     std::error_code ignored;
     if (!m_bKept) std::filesystem::remove(m_path, ignored);
+}
+
+void WriteFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
+    Descriptor(path, O_WRONLY | O_TRUNC).Write(bytes);
 }
 
 void NewFile::Keep() {

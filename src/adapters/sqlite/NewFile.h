@@ -3,7 +3,9 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <filesystem>
+#include <span>
 
 namespace nomira::sqlite {
 
@@ -23,5 +25,8 @@ class NewFile {
     std::filesystem::path m_path;
     bool m_bKept = false;
 };
+
+// Fills a file that is there with these bytes. Raises EngineFailure.
+void WriteFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes);
 
 }  // namespace nomira::sqlite

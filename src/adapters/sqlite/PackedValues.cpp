@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "adapters/sqlite/Utf8.h"
+#include "langtools/Utf8.h"
 
 namespace nomira::sqlite {
 namespace {

@@ -5,8 +5,8 @@
 
 #include "adapters/sqlite/Database.h"
 #include "adapters/sqlite/Failure.h"
-#include "adapters/sqlite/Utf8.h"
 #include "langtools/RuntimeError.h"
+#include "langtools/Utf8.h"
 
 namespace nomira::sqlite {
 namespace {

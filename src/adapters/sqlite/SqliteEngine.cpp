@@ -48,7 +48,7 @@ void SqliteEngine::CompactDatabase(TextView sSource, TextView sDestination) {
     const std::unique_ptr<Database> database = m_pool->Take(sSourcePath);
     if (!database->Rest()) RaiseFailure("the database is in use");
     NewFile copy(destination, database->Identity().nMode & kPermissionBits);
-    database->CopyCompacted(destination);
+    database->CopyCompacted(destination, EngineType(sDestination));
     copy.Keep();
 }
 

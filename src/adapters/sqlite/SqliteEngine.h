@@ -1,4 +1,4 @@
-// The database engine over SQLite files.
+// The database engine over SQLite files and Access files, whichever lies at a path.
 //
 // Closed connections' handles stay warm in a pool; the file itself is held by nobody then. The
 // process must not open and close a database file by other means while the engine lives: closing
@@ -22,7 +22,8 @@ class SqliteEngine : public DatabaseEngine {
     std::unique_ptr<Connection> CreateConnection() override;
     std::unique_ptr<Recordset> CreateRecordset() override;
 
-    // The copy has the source's rights. "Engine Type" in the destination means nothing here.
+    // The copy has the source's rights. "Engine Type" in the destination means nothing for an
+    // SQLite file; an Access file becomes one of that kind.
     void CompactDatabase(TextView sSource, TextView sDestination) override;
 
   private:

@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "adapters/sqlite/Failure.h"
-#include "adapters/sqlite/Utf8.h"
 #include "langtools/BasicText.h"
 #include "langtools/RuntimeError.h"
+#include "langtools/Utf8.h"
 
 namespace nomira::sqlite {
 namespace {

@@ -3,7 +3,10 @@
 #include <sqlite3.h>
 
 #include <memory>
+#include <utility>
 
+#include "adapters/jet/AccessFile.h"
+#include "adapters/jet/MemoryPages.h"
 #include "adapters/sqlite/Failure.h"
 #include "adapters/sqlite/NewFile.h"
 
@@ -24,11 +27,53 @@ void ApplySchema(const std::filesystem::path& path) {
         RaiseFailure(raw);
 }
 
+jet::NewTable ItemsTable() {
+    return {.sName = u"Items",
+            .columns = {{.sName = u"Key_id", .type = jet::ColumnType::Long, .bAutonumber = true},
+                        {.sName = u"Module", .type = jet::ColumnType::Text, .nCharacters = 50},
+                        {.sName = u"KeyString", .type = jet::ColumnType::Text, .nCharacters = 255}},
+            .indexes = {{.sName = u"PrimaryKey", .columns = {u"Key_id"}, .bPrimary = true},
+                        {.sName = u"ItemsByKey", .columns = {u"KeyString", u"Module"}}}};
+}
+
+jet::NewTable MessagesTable() {
+    return {.sName = u"Messages",
+            .columns = {{.sName = u"Key_id", .type = jet::ColumnType::Long},
+                        {.sName = u"Language_id", .type = jet::ColumnType::Long},
+                        {.sName = u"String", .type = jet::ColumnType::Memo}},
+            .indexes = {{.sName = u"MessagesByKey", .columns = {u"Key_id", u"Language_id"}}}};
+}
+
+jet::Bytes AccessStore(jet::Generation generation) {
+    auto pages = std::make_unique<jet::MemoryPages>(generation);
+    jet::MemoryPages& memory = *pages;
+    jet::AccessFile::CreateEmpty(memory);
+    jet::AccessFile file(std::move(pages));
+    file.CreateTable(ItemsTable());
+    file.CreateTable(MessagesTable());
+    file.CreateRelationship({.sName = u"ItemsMessages",
+                             .sPrimaryTable = u"Items",
+                             .sPrimaryColumn = u"Key_id",
+                             .sForeignTable = u"Messages",
+                             .sForeignColumn = u"Key_id",
+                             .bCascadeDelete = true});
+    memory.Commit();
+    return memory.File();
+}
+
 }  // namespace
 
-void CreateStore(const std::filesystem::path& path) {
+void FillStore(const std::filesystem::path& path, StoreFormat format) {
+    if (format == StoreFormat::Sqlite)
+        ApplySchema(path);
+    else
+        WriteFile(path, AccessStore(format == StoreFormat::Jet3 ? jet::Generation::Jet3
+                                                                : jet::Generation::Jet4));
+}
+
+void CreateStore(const std::filesystem::path& path, StoreFormat format) {
     NewFile file(path, kPermissions);
-    ApplySchema(path);
+    FillStore(path, format);
     file.Keep();
 }
 

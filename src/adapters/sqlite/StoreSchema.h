@@ -5,7 +5,14 @@
 
 namespace nomira::sqlite {
 
-// The tables and their indexes.
+// What a new message database's file is.
+enum class StoreFormat {
+    Sqlite,
+    Jet3,  // Access 97, the one that the controller software writes
+    Jet4,  // Access 2000 to 2003
+};
+
+// The tables and their indexes in an SQLite file; those in an Access file hold the same.
 //
 // Key_id is never given out twice, so that whoever remembers the number of a deleted item can't
 // hit another one. A message goes with its item. Neither the pair of key and module nor the pair
@@ -21,6 +28,9 @@ inline constexpr const char* kStoreSchema =
 
 // Makes a new, empty store. Raises EngineFailure if the file exists or can't be made, and then
 // leaves nothing behind.
-void CreateStore(const std::filesystem::path& path);
+void CreateStore(const std::filesystem::path& path, StoreFormat format = StoreFormat::Sqlite);
+
+// The same in an empty file that is there already.
+void FillStore(const std::filesystem::path& path, StoreFormat format);
 
 }  // namespace nomira::sqlite

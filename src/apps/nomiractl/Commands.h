@@ -58,6 +58,10 @@ ExitCode BackUpDatabase(const Options& options, Streams streams);
 ExitCode RestoreDatabase(const Options& options, Streams streams);
 // Whether the database is whole.
 ExitCode VerifyDatabase(const Options& options, Streams streams);
+// The database as a new file of another format.
+ExitCode ConvertDatabase(const Options& options, Streams streams);
+// The database's own file without what is no longer used in it.
+ExitCode CompactDatabaseFile(const Options& options, Streams streams);
 // The runs of the writing commands, the last one at the end.
 ExitCode ShowRuns(const Options& options, Streams streams);
 // Takes a run back, as a run of its own.

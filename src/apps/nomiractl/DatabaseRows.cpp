@@ -7,11 +7,11 @@
 #include <unordered_set>
 #include <utility>
 
-#include "adapters/sqlite/Utf8.h"
 #include "apps/nomiractl/ItemName.h"
 #include "database/OpenRecordset.h"
 #include "database/adoModul.h"
 #include "langtools/BasicText.h"
+#include "langtools/Utf8.h"
 
 namespace nomira::companion {
 namespace {
@@ -45,7 +45,7 @@ void Append(std::string& bytes, const std::optional<Text>& sText) {
         bytes.append("-;");
         return;
     }
-    const std::string sUtf8 = sqlite::ToUtf8(*sText);
+    const std::string sUtf8 = ToUtf8(*sText);
     Append(bytes, static_cast<std::int64_t>(sUtf8.size()));
     bytes.append(sUtf8);
 }

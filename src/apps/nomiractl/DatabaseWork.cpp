@@ -5,12 +5,15 @@
 #include <string>
 #include <utility>
 
+#include "apps/nomiractl/AccessLook.h"
 #include "apps/nomiractl/Refusal.h"
+#include "apps/nomiractl/StoreFormats.h"
 #include "apps/nomiractl/Words.h"
 #include "database/OpenRecordset.h"
 #include "database/adoModul.h"
 #include "langtools/BasicText.h"
 #include "langtools/RuntimeError.h"
+#include "langtools/Utf8.h"
 
 namespace nomira::companion {
 namespace {
@@ -22,10 +25,19 @@ struct Remedy {
 
 constexpr Remedy kRemedies[]{
     {u"locked", "; another program uses it, try again when that is done"},
+    {u"another program keeps", "; try again when that is done"},
+    {u"open in Access", "; close it there and try again"},
     {u"not a database", "; make one with: nomiractl db create PATH"},
     {u"no such table", "; make a message database with: nomiractl db create PATH"},
     {u"disk is full", "; make room on the disk and try again"},
 };
+
+std::vector<Text> AccessFindings(const std::filesystem::path& path) {
+    std::vector<Text> findings;
+    for (const std::string& sProblem : CheckAccessFile(path).problems)
+        findings.push_back(FromUtf8(sProblem));
+    return findings;
+}
 
 const char* RemedyFor(TextView sEngineWords) {
     for (const Remedy& remedy : kRemedies)
@@ -96,6 +108,7 @@ void DatabaseWork::ChangeRows(const std::vector<ItemChange>& changes) {
 }
 
 std::vector<Text> DatabaseWork::FindDamage() {
+    if (RequireFormat(m_path) != StoreFormat::Sqlite) return AccessFindings(m_path);
     return InWords([] {
         OpenDatabase(kLongTextDatabase);
         std::vector<Text> findings = Findings();

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <fstream>
 #include <string>
 #include <system_error>
 
@@ -14,9 +13,6 @@ namespace nomira::companion {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::string_view kAccessMark = "Standard Jet DB";
-constexpr std::size_t kAccessMarkPlace = 4;
 
 // What stands at the path, links followed. "Not found" is an answer; anything else that keeps it
 // from being looked at is a Refusal.
@@ -47,17 +43,6 @@ void RequireWritable(const fs::path& path, const fs::file_status& status) {
     throw Refusal(
         fmt::format("{0}: the database is read-only; allow it with: chmod u+w {0}", path.string()),
         ExitCode::Database);
-}
-
-void RefuseAccessFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::string sHead(kAccessMarkPlace + kAccessMark.size(), '\0');
-    file.read(sHead.data(), static_cast<std::streamsize>(sHead.size()));
-    if (sHead.compare(kAccessMarkPlace, kAccessMark.size(), kAccessMark) == 0)
-        throw Refusal(fmt::format("{}: an Access database, which can't be read yet; make one of"
-                                  " this system's own with: nomiractl db create PATH",
-                                  path.string()),
-                      ExitCode::Database);
 }
 
 }  // namespace
@@ -100,7 +85,6 @@ void CheckDatabase(const fs::path& path, DatabaseUse use) {
                       ExitCode::Database);
     RequireReadable(path);
     if (use == DatabaseUse::Write) RequireWritable(path, status);
-    RefuseAccessFile(path);
 }
 
 }  // namespace nomira::companion

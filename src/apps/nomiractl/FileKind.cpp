@@ -30,6 +30,7 @@ struct Mark {
 constexpr Mark kMarks[]{
     {0, "SQLite format 3", FileKind::Database},
     {4, "Standard Jet DB", FileKind::Database},
+    {4, "Standard ACE DB", FileKind::Database},  // too new to be read: the database's words say so
     {0, "REGEDIT4", FileKind::Registry},
     {0, "Windows Registry Editor", FileKind::Registry},
     {0, std::string_view("\xFF\xFEW\0i\0n\0d\0o\0w\0s\0", 16), FileKind::Registry},

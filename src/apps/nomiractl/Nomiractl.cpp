@@ -174,6 +174,7 @@ class Arguments {
         db->fallthrough();
         CLI::App* create = Add(*db, "create", "Make a new, empty message database", CreateDatabase);
         create->add_option("PATH", m_options.file, "The file to make; must not exist")->required();
+        AddStoreFormat(*create, m_options);
         CLI::App* info =
             Add(*db, "info", "Tell what a database holds and whether it is whole", ShowDatabase);
         info->add_option("PATH", m_options.database, "The database (default: as for --db)");

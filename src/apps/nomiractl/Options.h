@@ -32,6 +32,7 @@ struct Options {
     std::filesystem::path rejects;        // where to put lines that are not taken
     std::string sShell;                   // that completes commands
     std::string sFormat = "text";         // of a report: text, json, sarif, junit
+    std::string storeFormat = "sqlite";   // of a database: FormatWords()
     std::string sKind = "auto";           // of the files, as KindOf takes it
     std::string sColour = "auto";         // auto, always, never
     bool bPredict = false;                // foretell what becomes of each line

@@ -5,8 +5,8 @@
 #include <fstream>
 #include <utility>
 
-#include "adapters/sqlite/Utf8.h"
 #include "apps/nomiractl/Refusal.h"
+#include "langtools/Utf8.h"
 
 namespace nomira::companion {
 namespace {
@@ -17,7 +17,7 @@ using Json = nlohmann::ordered_json;
 constexpr int kVersion = 1;
 
 bool IsUtf8(std::string_view bytes) {
-    const Text sText = sqlite::FromUtf8(bytes);
+    const Text sText = FromUtf8(bytes);
     for (std::size_t n = 0; n < sText.size(); ++n) {
         if ((sText[n] & 0xF800) != 0xD800) continue;
         const bool bPair = (sText[n] & 0xFC00) == 0xD800 && n + 1 < sText.size() &&
@@ -25,7 +25,7 @@ bool IsUtf8(std::string_view bytes) {
         if (!bPair) return false;
         ++n;
     }
-    return sqlite::ToUtf8(sText) == bytes;
+    return ToUtf8(sText) == bytes;
 }
 
 Json Packed(const std::string& bytes) {
@@ -33,24 +33,24 @@ Json Packed(const std::string& bytes) {
     Text sWide;
     for (const char c : bytes)
         sWide += static_cast<unsigned char>(c);
-    return {{"bytes", sqlite::ToUtf8(sWide)}};
+    return {{"bytes", ToUtf8(sWide)}};
 }
 
 std::string Unpacked(const Json& json) {
     if (json.is_string()) return json.get<std::string>();
     std::string bytes;
-    for (const char16_t c : sqlite::FromUtf8(json.at("bytes").get<std::string>()))
+    for (const char16_t c : FromUtf8(json.at("bytes").get<std::string>()))
         bytes += static_cast<char>(c);
     return bytes;
 }
 
 Json Packed(const std::optional<Text>& sText) {
-    return sText ? Packed(sqlite::ToUtf8(*sText)) : Json();
+    return sText ? Packed(ToUtf8(*sText)) : Json();
 }
 
 std::optional<Text> TextOf(const Json& json) {
     if (json.is_null()) return std::nullopt;
-    return sqlite::FromUtf8(Unpacked(json));
+    return FromUtf8(Unpacked(json));
 }
 
 Json AsJson(const std::optional<ItemRow>& row) {

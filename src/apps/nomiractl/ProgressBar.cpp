@@ -119,7 +119,7 @@ StreamsAboveBar::Buffer::int_type StreamsAboveBar::Buffer::overflow(int_type c) 
 }
 
 std::streamsize StreamsAboveBar::Buffer::xsputn(const char* p, std::streamsize nCount) {
-    m_bar.Wipe();
+    if (nCount > 0) m_bar.Wipe();
     return m_inner.sputn(p, nCount);
 }
 

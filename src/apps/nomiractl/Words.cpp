@@ -3,8 +3,8 @@
 #include <fmt/format.h>
 
 #include "adapters/posix/NativeName.h"
-#include "adapters/sqlite/Utf8.h"
 #include "apps/nomiractl/Refusal.h"
+#include "langtools/Utf8.h"
 
 namespace nomira::companion {
 namespace {
@@ -38,7 +38,7 @@ bool IsControl(char16_t c) {
 }  // namespace
 
 std::string Utf8(TextView sText) {
-    return sqlite::ToUtf8(WithoutHalfPairs(sText));
+    return ToUtf8(WithoutHalfPairs(sText));
 }
 
 std::string Shown(TextView sText) {

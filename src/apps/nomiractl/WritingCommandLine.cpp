@@ -1,6 +1,7 @@
 #include "apps/nomiractl/WritingCommandLine.h"
 
 #include "apps/nomiractl/ReadingCommandLine.h"
+#include "apps/nomiractl/StoreFormats.h"
 
 namespace nomira::companion {
 namespace {
@@ -73,6 +74,26 @@ void AddDatabaseKeeping(CLI::App& db, Options& options, const Choose& choose) {
     Add(db, "verify", "Tell whether a database is whole; exit status 5 if not", VerifyDatabase,
         choose)
         .add_option("PATH", options.database, "The database (default: as for --db)");
+    CLI::App& convert =
+        Add(db, "convert", "Write a database as a new file of another format, rows and all",
+            ConvertDatabase, choose);
+    convert.add_option("SOURCE", options.database, "The database")->required();
+    convert.add_option("DEST", options.file, "The file to make; must not exist")->required();
+    AddStoreFormat(convert, options);
+    convert.get_option("--format")->required();
+    CLI::App& compact = Add(db, "compact", "Make a database's file as small as it can be",
+                            CompactDatabaseFile, choose);
+    compact.add_option("PATH", options.database, "The database (default: as for --db)");
+    compact.add_flag("--force", options.bForce,
+                     "Also if forms and other things of an Access file would be lost");
+}
+
+void AddStoreFormat(CLI::App& command, Options& options) {
+    command
+        .add_option("--format", options.storeFormat,
+                    "What the file is: sqlite (this system's own), jet3 (Access 97, the one that"
+                    " the controller software writes) or jet4 (Access 2000 to 2003)")
+        ->check(CLI::IsMember(FormatWords()));
 }
 
 void AddPlanOptions(CLI::App& command, Options& options) {

@@ -17,6 +17,9 @@ void AddWritingCommands(CLI::App& app, Options& options,
 // Those below `db`.
 void AddDatabaseKeeping(CLI::App& db, Options& options, const std::function<void(Command)>& choose);
 
+// --format, of a database file that is made.
+void AddStoreFormat(CLI::App& command, Options& options);
+
 // --plan and --max-changes.
 void AddPlanOptions(CLI::App& command, Options& options);
 // --atomic.

@@ -25,6 +25,8 @@ class EngineWorld {
     virtual Text MissingPath() const = 0;
     // Runs statements on the store, not through the engine.
     virtual void Execute(const std::string& sSql) = 0;
+    // Whether the store's file can hold the text as a key.
+    virtual bool CanHold(const Text& /*sKey*/) const { return true; }
 };
 
 struct WorldMaker {
@@ -536,6 +538,10 @@ TEST_P(DatabaseEngineContract, AnyTextComesBackAsItWentIn) {
                               Text(u"\U0001F916"), Text(1, char16_t{0xDC00}), Text()}) {
         table->AddNew();
         table->SetField(u"KeyString", sText);
+        if (!world->CanHold(sText)) {
+            EXPECT_RAISES(ErrorNumber::EngineFailure, table->Update()) << Printable(sText);
+            continue;
+        }
         table->Update();
         EXPECT_EQ(std::get<Text>(table->Field(u"KeyString")), sText);
     }

@@ -9,7 +9,7 @@
 #include "adapters/jet/Header.h"
 #include "adapters/jet/MemoryPages.h"
 #include "adapters/jet/PageFiles.h"
-#include "adapters/posix/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 
 namespace nomira::jet {
 namespace {

@@ -14,7 +14,7 @@
 #include "adapters/jet/FileLock.h"
 #include "adapters/jet/PageFiles.h"
 #include "adapters/jet/Rc4.h"
-#include "adapters/posix/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 
 namespace nomira::jet {
 namespace {

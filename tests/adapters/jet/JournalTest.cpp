@@ -6,7 +6,7 @@
 #include <random>
 
 #include "adapters/jet/PageFiles.h"
-#include "adapters/posix/TemporaryFolder.h"
+#include "testing/TemporaryFolder.h"
 
 namespace nomira::jet {
 namespace {

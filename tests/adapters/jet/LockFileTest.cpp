@@ -5,8 +5,8 @@
 
 #include "adapters/jet/Failure.h"
 #include "adapters/jet/FileLock.h"
-#include "adapters/posix/TemporaryFolder.h"
 #include "nativefiles/NativeFiles.h"
+#include "testing/TemporaryFolder.h"
 
 namespace nomira::jet {
 namespace {

@@ -30,5 +30,14 @@ TEST(ConnectionTextTest, NamesTheFileOfEveryForm) {
         EXPECT_EQ(DatabasePath(row.sText), row.sPath) << ::testing::PrintToString(row.sText);
 }
 
+TEST(ConnectionTextTest, TheEngineTypeIsANumberOfItsOwn) {
+    EXPECT_EQ(sqlite::EngineType(u"Data Source=C:\\a.mdb;Jet OLEDB:Engine Type=4"), 4);
+    EXPECT_EQ(sqlite::EngineType(u"jet oledb:engine type = 5 ;Data Source=x"), 5);
+    EXPECT_EQ(sqlite::EngineType(u"Engine Type=5"), 5);
+    EXPECT_EQ(sqlite::EngineType(u"Data Source=C:\\a.mdb"), 0);
+    EXPECT_EQ(sqlite::EngineType(u"Engine Type=old"), 0);
+    EXPECT_EQ(sqlite::EngineType(u""), 0);
+}
+
 }  // namespace
 }  // namespace nomira::sqlite

@@ -5,17 +5,17 @@
 #include <sys/stat.h>
 
 #include "adapters/contracts/ExpectRaises.h"
-#include "adapters/sqlite/Database.h"
+#include "adapters/sqlite/SqliteFile.h"
 #include "testing/TestDatabase.h"
 
 namespace nomira::testing {
 namespace {
 
 using namespace std::chrono_literals;
-using sqlite::Database;
 using sqlite::FileState;
 using sqlite::LookAtFile;
 using sqlite::ReadQuery;
+using sqlite::SqliteFile;
 
 const std::string kLookUp = "SELECT Items.Key_id FROM Items WHERE KeyString='IN_1'";
 
@@ -45,7 +45,7 @@ class RememberedResultsTest : public ::testing::Test {
     }
 
     TestDatabase db;
-    Database database{db.Path(), LookAtFile(db.Path()).identity};
+    SqliteFile database{db.Path(), LookAtFile(db.Path()).identity};
 };
 
 TEST_F(RememberedResultsTest, AQueryOfAFileAtRestIsReadOnce) {
@@ -69,7 +69,7 @@ TEST_F(RememberedResultsTest, RowsToReadAndRowsToWriteAreTwoResults) {
 }
 
 TEST_F(RememberedResultsTest, AFileThatWasChangedJustNowIsReadEachTime) {
-    Database fresh(db.Path(), LookAtFile(db.Path()).identity);
+    SqliteFile fresh(db.Path(), LookAtFile(db.Path()).identity);
     for (const auto later : {-1s, 0s, 3s}) {
         const FileState state = LookAtFile(db.Path());
         fresh.CheckReadable(state, std::max(state.modified, state.changed) + later);
@@ -101,7 +101,7 @@ TEST_F(RememberedResultsTest, ATransactionEndsIt) {
 TEST_F(RememberedResultsTest, SomebodyElsesWriteEndsItBeforeTheFileShowsIt) {
     EXPECT_TRUE(IsRemembered());
     const FileState state = LookAtFile(db.Path());
-    Database other(db.Path(), state.identity);
+    SqliteFile other(db.Path(), state.identity);
     EXPECT_TRUE(database.IsAsRemembered(state));
     ASSERT_EQ(sqlite3_exec(other.Handle(), "BEGIN IMMEDIATE", nullptr, nullptr, nullptr),
               SQLITE_OK);
@@ -111,7 +111,7 @@ TEST_F(RememberedResultsTest, SomebodyElsesWriteEndsItBeforeTheFileShowsIt) {
 }
 
 TEST_F(RememberedResultsTest, AFileInWriteAheadModeIsReadEachTime) {
-    Database other(db.Path(), LookAtFile(db.Path()).identity);
+    SqliteFile other(db.Path(), LookAtFile(db.Path()).identity);
     ASSERT_EQ(sqlite3_exec(other.Handle(),
                            "PRAGMA journal_mode=WAL; INSERT INTO Items VALUES(2,'IO','IN_2')",
                            nullptr, nullptr, nullptr),

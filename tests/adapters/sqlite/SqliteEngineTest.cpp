@@ -14,8 +14,8 @@
 #include "adapters/contracts/ExpectRaises.h"
 #include "adapters/sqlite/ChildProcess.h"
 #include "adapters/sqlite/StoreSchema.h"
-#include "adapters/sqlite/Utf8.h"
 #include "database/adoModul.h"
+#include "langtools/Utf8.h"
 #include "testing/TestDatabase.h"
 
 namespace nomira::testing {
@@ -93,7 +93,7 @@ class SqliteEngineTest : public ::testing::Test {
     }
 
     std::chrono::nanoseconds m_ahead{0};  // of the system's clock
-    TestDatabase db{{}, [this] { return sqlite::SystemTime() + m_ahead; }};
+    TestDatabase db{{}, [this] { return sqlite::SystemTime() + m_ahead; }, StoreFormat::Sqlite};
 };
 
 // --- Which files it opens.
@@ -436,7 +436,7 @@ TEST_F(SqliteEngineTest, OnlyAFewHandlesAreKeptAndMoreFilesWorkAllTheSame) {
         for (int nFile = 0; nFile < 8; ++nFile) {
             const std::string sName = "file" + std::to_string(nFile);
             if (nRound == 0) sqlite::CreateStore(db.Folder() / sName);
-            EXPECT_TRUE(OpenDatabase(sqlite::FromUtf8(sName)));
+            EXPECT_TRUE(OpenDatabase(FromUtf8(sName)));
             EXPECT_TRUE(Store(u"IN_1", u"a"));
             CloseDatabase();
         }

@@ -30,7 +30,7 @@ class FormWindowsTest : public WindowTest {
         g_sTextFileName = u"longnames";
         db.Execute(
             "INSERT INTO Items(Module,KeyString) VALUES('IO','IN_1');"
-            "INSERT INTO Messages VALUES(last_insert_rowid(),99,'Pump at the gate');");
+            "INSERT INTO Messages VALUES((SELECT max(Key_id) FROM Items),99,'Pump at the gate');");
     }
     ~FormWindowsTest() override {
         for (const TextView sClass : {kNomiraMainClass, kStdBofFormClass, kStdFormClass})

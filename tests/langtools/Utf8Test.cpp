@@ -1,9 +1,9 @@
-#include "adapters/sqlite/Utf8.h"
+#include "langtools/Utf8.h"
 
 #include "testing/Random.h"
 #include "testing/TextPrinting.h"
 
-namespace nomira::sqlite {
+namespace nomira {
 namespace {
 
 struct Pair {
@@ -87,4 +87,4 @@ TEST(Utf8Test, AnyBytesBecomeSomeText) {
 }
 
 }  // namespace
-}  // namespace nomira::sqlite
+}  // namespace nomira

@@ -1,4 +1,4 @@
-#include "adapters/sqlite/Utf8.h"
+#include "langtools/Utf8.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -6,7 +6,7 @@
 
 #include "langtools/Ascii.h"
 
-namespace nomira::sqlite {
+namespace nomira {
 namespace {
 
 constexpr char16_t kReplacement = u'\uFFFD';
@@ -130,4 +130,4 @@ Text FromUtf8(std::string_view sBytes) {
     return sText;
 }
 
-}  // namespace nomira::sqlite
+}  // namespace nomira

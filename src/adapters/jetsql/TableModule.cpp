@@ -1,0 +1,523 @@
+#include "adapters/jetsql/TableModule.h"
+
+#include <algorithm>
+#include <exception>
+#include <map>
+#include <new>
+#include <optional>
+#include <span>
+#include <utility>
+
+#include "adapters/jet/Names.h"
+#include "adapters/jetsql/ColumnValues.h"
+#include "adapters/jetsql/SearchPlan.h"
+#include "langtools/Utf8.h"
+
+namespace nomira::jetsql {
+namespace {
+
+// --- What a module is registered with.
+
+class Sessions {
+  public:
+    // nullptr: files are named.
+    explicit Sessions(std::shared_ptr<AccessSession> only) : m_only(std::move(only)) {}
+
+    bool NamesFiles() const { return m_only == nullptr; }
+    // `sFile` counts only where files are named.
+    std::shared_ptr<AccessSession> For(const std::string& sFile) {
+        if (m_only) return m_only;
+        std::weak_ptr<AccessSession>& known = m_byFile[sFile];
+        if (auto session = known.lock()) return session;
+        auto fresh =
+            std::make_shared<AccessSession>(sFile, std::vector<Cascade>(), RestTime::EachCommit);
+        known = fresh;
+        return fresh;
+    }
+
+  private:
+    std::shared_ptr<AccessSession> m_only;
+    std::map<std::string, std::weak_ptr<AccessSession>> m_byFile;
+};
+
+// --- One virtual table.
+
+struct VirtualTable : sqlite3_vtab {
+    VirtualTable() : sqlite3_vtab{} {}
+
+    sqlite3* handle = nullptr;
+    std::shared_ptr<AccessSession> session;
+    std::u16string sName;
+    bool bSystem = false;
+
+    // As it was declared; empty until then.
+    std::string sShape;
+
+    // The table in the file as it has been read. Raises Damaged if it is gone, or another one.
+    jet::Table& Table();
+    jet::Generation Generation() { return session->File().Kind(); }
+
+  private:
+    jet::Table* m_table = nullptr;
+    std::uint64_t m_nReading = 0;
+};
+
+struct Cursor : sqlite3_vtab_cursor {
+    Cursor() : sqlite3_vtab_cursor{} {}
+
+    Search search;
+    std::optional<jet::Table::Scan> scan;
+    std::optional<jet::IndexTree::Cursor> entries;
+    bool bAtEnd = true;
+    std::shared_ptr<OpenFile> walked;  // while the walk lasts
+
+    ~Cursor() { EndWalk(); }
+    Cursor(const Cursor&) = delete;
+    Cursor& operator=(const Cursor&) = delete;
+
+    void BeginWalk() {
+        EndWalk();
+        AccessSession& session = *Owner().session;
+        session.Open().Look();
+        walked = session.Shared();
+        walked->AddWalk();
+    }
+    void EndWalk() {
+        if (walked) walked->EndWalk();
+        walked.reset();
+        bAtEnd = true;
+    }
+
+    VirtualTable& Owner() const { return static_cast<VirtualTable&>(*pVtab); }
+};
+
+VirtualTable& Of(sqlite3_vtab* vtab) {
+    return static_cast<VirtualTable&>(*vtab);
+}
+Cursor& Of(sqlite3_vtab_cursor* cursor) {
+    return static_cast<Cursor&>(*cursor);
+}
+
+// --- Failures.
+
+void SetWords(char*& sTo, const char* sWords) {
+    sqlite3_free(sTo);
+    sTo = sqlite3_mprintf("%s", sWords);
+}
+
+// SQLite is C: nothing may fly through it. Runs the work and gives SQLite's code; the words of a
+// failure go into `sWords`.
+template <typename Work>
+int Guarded(char*& sWords, Work work) noexcept {
+    try {
+        work();
+        return SQLITE_OK;
+    } catch (const jet::Failure& failure) {
+        SetWords(sWords, failure.what());
+        return ResultOf(failure.Kind());
+    } catch (const std::bad_alloc&) {
+        return SQLITE_NOMEM;
+    } catch (const std::exception& other) {
+        SetWords(sWords, other.what());
+        return SQLITE_ERROR;
+    }
+}
+
+// --- Making a table.
+
+// An argument as it is meant, without its quotes.
+std::string Unquoted(std::string_view sArgument) {
+    while (!sArgument.empty() && sArgument.front() == ' ')
+        sArgument.remove_prefix(1);
+    while (!sArgument.empty() && sArgument.back() == ' ')
+        sArgument.remove_suffix(1);
+    constexpr std::string_view kQuotes = "'\"`";
+    if (sArgument.size() < 2 || kQuotes.find(sArgument.front()) == std::string_view::npos ||
+        sArgument.front() != sArgument.back())
+        return std::string(sArgument);
+    const char cQuote = sArgument.front();
+    std::string sPlain;
+    for (std::size_t n = 1; n + 1 < sArgument.size(); ++n) {
+        sPlain += sArgument[n];
+        if (sArgument[n] == cQuote) ++n;
+    }
+    return sPlain;
+}
+
+std::string Quoted(std::string_view sName, char cQuote) {
+    std::string sQuoted(1, cQuote);
+    for (const char c : sName) {
+        if (c == cQuote) sQuoted += c;
+        sQuoted += c;
+    }
+    return sQuoted + cQuote;
+}
+
+std::string ShapeOf(const jet::TableDefinition& definition) {
+    std::string sColumns;
+    for (const jet::Column& column : definition.columns)
+        sColumns += (sColumns.empty() ? "" : ",") + Quoted(ToUtf8(column.sName), '"') + ' ' +
+                    DeclaredType(column);
+    return "CREATE TABLE x(" + sColumns + ')';
+}
+
+bool IsSystemTable(jet::AccessFile& file, std::u16string_view sName) {
+    const auto catalogue = file.Catalogue();
+    return std::any_of(catalogue.begin(), catalogue.end(), [&](const jet::CatalogueEntry& entry) {
+        return entry.IsTable() && entry.IsSystem() && jet::SameName(entry.sName, sName);
+    });
+}
+
+jet::Table& VirtualTable::Table() {
+    OpenFile& open = session->Open();
+    if (m_table == nullptr || m_nReading != open.Reading()) {
+        m_table = open.File().FindTable(sName);
+        const bool bSame =
+            m_table != nullptr && (sShape.empty() || sShape == ShapeOf(m_table->Definition()));
+        if (!bSame) {
+            m_table = nullptr;
+            jet::Fail(jet::FailureKind::Damaged,
+                      ToUtf8(sName) + ": the table is gone, or another one");
+        }
+        m_nReading = open.Reading();
+    }
+    return *m_table;
+}
+
+void Declare(sqlite3* handle, const std::string& sShape) {
+    if (sqlite3_declare_vtab(handle, sShape.c_str()) != SQLITE_OK)
+        jet::Fail(jet::FailureKind::Unsupported, sqlite3_errmsg(handle));
+    sqlite3_vtab_config(handle, SQLITE_VTAB_CONSTRAINT_SUPPORT, 1);
+}
+
+std::unique_ptr<VirtualTable> MakeTable(sqlite3* handle, Sessions& sessions,
+                                        std::span<const char* const> arguments) {
+    constexpr std::size_t kOwn = 3;  // the module's, the database's and the virtual table's name
+    const std::size_t nWanted = sessions.NamesFiles() ? 2 : 1;
+    if (arguments.size() != kOwn + nWanted)
+        jet::Fail(jet::FailureKind::Unsupported, sessions.NamesFiles()
+                                                     ? "the arguments are a file and a table"
+                                                     : "the argument is a table");
+    const std::string sFile = sessions.NamesFiles() ? Unquoted(arguments[kOwn]) : std::string();
+    auto table = std::make_unique<VirtualTable>();
+    table->handle = handle;
+    table->session = sessions.For(sFile);
+    table->sName = FromUtf8(Unquoted(arguments.back()));
+    jet::AccessFile& file = table->session->File();
+    if (file.FindTable(table->sName) == nullptr)
+        jet::Fail(jet::FailureKind::Unsupported, "no such table: " + ToUtf8(table->sName));
+    table->bSystem = IsSystemTable(file, table->sName);
+    table->sShape = ShapeOf(table->Table().Definition());
+    Declare(handle, table->sShape);
+    return table;
+}
+
+int Connect(sqlite3* handle, void* sessions, int nArguments, const char* const* arguments,
+            sqlite3_vtab** vtab, char** sWords) {
+    return Guarded(*sWords, [&] {
+        *vtab = MakeTable(handle, *static_cast<Sessions*>(sessions),
+                          {arguments, static_cast<std::size_t>(nArguments)})
+                    .release();
+    });
+}
+
+int Disconnect(sqlite3_vtab* vtab) {
+    delete &Of(vtab);
+    return SQLITE_OK;
+}
+
+// --- Reading.
+
+int BestIndex(sqlite3_vtab* vtab, sqlite3_index_info* info) {
+    int nResult = SQLITE_OK;
+    const int nGuarded = Guarded(vtab->zErrMsg, [&] {
+        VirtualTable& table = Of(vtab);
+        nResult = ChoosePlan(table.Table(), table.Generation(), *info);
+    });
+    return nGuarded != SQLITE_OK ? nGuarded : nResult;
+}
+
+int OpenCursor(sqlite3_vtab* /*vtab*/, sqlite3_vtab_cursor** cursor) {
+    *cursor = new (std::nothrow) Cursor;
+    return *cursor == nullptr ? SQLITE_NOMEM : SQLITE_OK;
+}
+
+int CloseCursor(sqlite3_vtab_cursor* cursor) {
+    delete &Of(cursor);
+    return SQLITE_OK;
+}
+
+// Whether the entry belongs to the range; all behind it don't either.
+bool IsInRange(const jet::IndexTree::Cursor& entries, const KeyRange& range) {
+    if (entries.AtEnd()) return false;
+    const jet::ByteView key = entries.Key();
+    const std::size_t nLength = std::min(key.size(), range.upper.size());
+    return !std::lexicographical_compare(range.upper.begin(), range.upper.end(), key.begin(),
+                                         key.begin() + static_cast<std::ptrdiff_t>(nLength));
+}
+
+void Start(Cursor& cursor) {
+    jet::Table& table = cursor.Owner().Table();
+    cursor.scan.reset();
+    cursor.entries.reset();
+    switch (cursor.search.way) {
+        case Search::Way::NoRow:
+            cursor.bAtEnd = true;
+            break;
+        case Search::Way::OneRow:
+            cursor.bAtEnd = !table.Has(cursor.search.place);
+            break;
+        case Search::Way::AllRows:
+            cursor.scan = table.Rows();
+            cursor.bAtEnd = cursor.scan->AtEnd();
+            break;
+        case Search::Way::Index: {
+            const KeyRange& range = cursor.search.range;
+            cursor.entries = table.Index(range.nIndex).LowerBound(range.lower);
+            cursor.bAtEnd = !IsInRange(*cursor.entries, range);
+            break;
+        }
+    }
+}
+
+int Filter(sqlite3_vtab_cursor* vtabCursor, int nPlan, const char* sUse, int nArguments,
+           sqlite3_value** arguments) {
+    return Guarded(vtabCursor->pVtab->zErrMsg, [&] {
+        Cursor& cursor = Of(vtabCursor);
+        cursor.BeginWalk();
+        VirtualTable& owner = cursor.Owner();
+        cursor.search = SearchFor(owner.Table(), owner.Generation(), nPlan, sUse,
+                                  {arguments, static_cast<std::size_t>(nArguments)});
+        Start(cursor);
+        if (cursor.bAtEnd) cursor.EndWalk();
+    });
+}
+
+int Next(sqlite3_vtab_cursor* vtabCursor) {
+    return Guarded(vtabCursor->pVtab->zErrMsg, [&] {
+        Cursor& cursor = Of(vtabCursor);
+        if (cursor.scan) {
+            cursor.scan->Next();
+            cursor.bAtEnd = cursor.scan->AtEnd();
+        } else if (cursor.entries) {
+            cursor.entries->Next();
+            cursor.bAtEnd = !IsInRange(*cursor.entries, cursor.search.range);
+        } else {
+            cursor.bAtEnd = true;
+        }
+        if (cursor.bAtEnd) cursor.EndWalk();
+    });
+}
+
+int IsAtEnd(sqlite3_vtab_cursor* cursor) {
+    return Of(cursor).bAtEnd ? 1 : 0;
+}
+
+jet::RowPlace CurrentPlace(const Cursor& cursor) {
+    if (cursor.scan) return cursor.scan->Place();
+    if (cursor.entries) return cursor.entries->Place();
+    return cursor.search.place;
+}
+
+int ReadColumn(sqlite3_vtab_cursor* vtabCursor, sqlite3_context* context, int nColumn) {
+    // An update that leaves the column alone doesn't ask for its value.
+    if (sqlite3_vtab_nochange(context) != 0) return SQLITE_OK;
+    return Guarded(vtabCursor->pVtab->zErrMsg, [&] {
+        const Cursor& cursor = Of(vtabCursor);
+        jet::Table& table = cursor.Owner().Table();
+        const auto nPlace = static_cast<std::size_t>(nColumn);
+        GiveResult(context, table.Read(CurrentPlace(cursor), nPlace),
+                   table.Definition().columns[nPlace]);
+    });
+}
+
+int ReadRowId(sqlite3_vtab_cursor* vtabCursor, sqlite3_int64* nRowId) {
+    return Guarded(vtabCursor->pVtab->zErrMsg,
+                   [&] { *nRowId = RowIdOf(CurrentPlace(Of(vtabCursor))); });
+}
+
+// --- Writing.
+
+constexpr int kFirstValue = 2;  // ahead of a row's values stand its old and its new number
+
+using Arguments = std::span<sqlite3_value*>;
+
+void RequireSameRow(sqlite3_value* oldId, sqlite3_value* newId) {
+    if (sqlite3_value_int64(oldId) != sqlite3_value_int64(newId))
+        jet::Fail(jet::FailureKind::Constraint, "a row's number is given by the file");
+}
+
+jet::RowPlace RequirePlace(jet::Table& table, sqlite3_value* rowId) {
+    jet::RowPlace place;
+    if (!PlaceOf(sqlite3_value_int64(rowId), place) || !table.Has(place))
+        jet::Fail(jet::FailureKind::Constraint, "the row is gone");
+    return place;
+}
+
+void TakeValues(const jet::TableDefinition& definition, Arguments arguments, jet::Row& row) {
+    for (std::size_t n = 0; n < definition.columns.size(); ++n) {
+        sqlite3_value* value = arguments[kFirstValue + n];
+        if (sqlite3_value_nochange(value) == 0) row[n] = ValueToWrite(value, definition.columns[n]);
+    }
+}
+
+void Delete(VirtualTable& table, sqlite3_value* rowId) {
+    jet::RowPlace place;
+    // Another row of the same statement may have taken it along.
+    if (!PlaceOf(sqlite3_value_int64(rowId), place) || !table.Table().Has(place)) return;
+    table.session->DeleteRow(table.Table(), table.sName, place);
+}
+
+void Insert(VirtualTable& table, Arguments arguments, sqlite3_int64& nRowId) {
+    if (sqlite3_value_type(arguments[1]) != SQLITE_NULL)
+        jet::Fail(jet::FailureKind::Constraint, "a row's number is given by the file");
+    jet::Row row(table.Table().Definition().columns.size());
+    TakeValues(table.Table().Definition(), arguments, row);
+    nRowId = RowIdOf(table.Table().Insert(row));
+}
+
+void Change(VirtualTable& table, Arguments arguments) {
+    RequireSameRow(arguments[0], arguments[1]);
+    const jet::RowPlace place = RequirePlace(table.Table(), arguments[0]);
+    jet::Row row = table.Table().Read(place);
+    TakeValues(table.Table().Definition(), arguments, row);
+    table.Table().Update(place, row);
+}
+
+int Update(sqlite3_vtab* vtab, int nArguments, sqlite3_value** values, sqlite3_int64* nRowId) {
+    return Guarded(vtab->zErrMsg, [&] {
+        VirtualTable& table = Of(vtab);
+        const Arguments arguments(values, static_cast<std::size_t>(nArguments));
+        if (table.bSystem)
+            jet::Fail(jet::FailureKind::NotWritable, "the file's own tables can only be read");
+        table.session->Whole([&] {
+            if (arguments.size() == 1)
+                Delete(table, arguments[0]);
+            else if (sqlite3_value_type(arguments[0]) == SQLITE_NULL)
+                Insert(table, arguments, *nRowId);
+            else
+                Change(table, arguments);
+        });
+    });
+}
+
+// --- Transactions.
+
+int Begin(sqlite3_vtab* vtab) {
+    return Guarded(vtab->zErrMsg, [&] { Of(vtab).session->Begin(); });
+}
+
+// The file's changes are kept here: this is where a failure still takes all back.
+int Sync(sqlite3_vtab* vtab) {
+    return Guarded(vtab->zErrMsg, [&] { Of(vtab).session->Commit(); });
+}
+
+int End(sqlite3_vtab* vtab) {
+    return Guarded(vtab->zErrMsg, [&] { Of(vtab).session->End(); });
+}
+
+int Mark(sqlite3_vtab* vtab, int nMark) {
+    return Guarded(vtab->zErrMsg, [&] { Of(vtab).session->Mark(nMark); });
+}
+
+int ReleaseMark(sqlite3_vtab* vtab, int nMark) {
+    return Guarded(vtab->zErrMsg, [&] { Of(vtab).session->Release(nMark); });
+}
+
+int RollbackToMark(sqlite3_vtab* vtab, int nMark) {
+    return Guarded(vtab->zErrMsg, [&] { Of(vtab).session->RollbackTo(nMark); });
+}
+
+int Rename(sqlite3_vtab* /*vtab*/, const char* /*sName*/) {
+    return SQLITE_OK;  // the virtual table has another name; that in the file stays
+}
+
+const sqlite3_module kModule{
+    .iVersion = 2,
+    .xCreate = Connect,
+    .xConnect = Connect,
+    .xBestIndex = BestIndex,
+    .xDisconnect = Disconnect,
+    .xDestroy = Disconnect,
+    .xOpen = OpenCursor,
+    .xClose = CloseCursor,
+    .xFilter = Filter,
+    .xNext = Next,
+    .xEof = IsAtEnd,
+    .xColumn = ReadColumn,
+    .xRowid = ReadRowId,
+    .xUpdate = Update,
+    .xBegin = Begin,
+    .xSync = Sync,
+    .xCommit = End,
+    .xRollback = End,
+    .xFindFunction = nullptr,
+    .xRename = Rename,
+    .xSavepoint = Mark,
+    .xRelease = ReleaseMark,
+    .xRollbackTo = RollbackToMark,
+    .xShadowName = nullptr,
+};
+
+int Register(sqlite3* handle, const char* sModule, std::unique_ptr<Sessions> sessions) {
+    return sqlite3_create_module_v2(handle, sModule, &kModule, sessions.release(),
+                                    [](void* p) { delete static_cast<Sessions*>(p); });
+}
+
+std::optional<NamedTable> Describe(jet::AccessFile& file, const jet::CatalogueEntry& entry) {
+    try {
+        const jet::Table* table = file.FindTable(entry.sName);
+        if (table == nullptr) return std::nullopt;
+        return NamedTable{entry.sName, ShapeOf(table->Definition())};
+    } catch (const jet::Failure& failure) {
+        if (failure.Kind() == jet::FailureKind::Unsupported) return std::nullopt;
+        if (failure.Kind() == jet::FailureKind::Damaged && entry.IsSystem()) return std::nullopt;
+        throw;
+    }
+}
+
+}  // namespace
+
+int RegisterModule(sqlite3* handle, const char* sModule, std::shared_ptr<AccessSession> session) {
+    return Register(handle, sModule, std::make_unique<Sessions>(std::move(session)));
+}
+
+int RegisterModuleForAnyFile(sqlite3* handle, const char* sModule) {
+    return Register(handle, sModule, std::make_unique<Sessions>(nullptr));
+}
+
+std::vector<NamedTable> LocalTables(jet::AccessFile& file) {
+    std::vector<NamedTable> tables;
+    for (const jet::CatalogueEntry& entry : file.Catalogue()) {
+        if (!entry.IsTable()) continue;
+        if (auto table = Describe(file, entry)) tables.push_back(std::move(*table));
+    }
+    return tables;
+}
+
+std::string CreateStatement(const std::string& sModule, const std::string& sFile,
+                            const NamedTable& table, std::u16string_view sPrefix) {
+    const std::string sArguments =
+        (sFile.empty() ? "" : Quoted(sFile, '\'') + ',') + Quoted(ToUtf8(table.sName), '\'');
+    return "CREATE VIRTUAL TABLE temp." + Quoted(ToUtf8(Text(sPrefix) + table.sName), '"') +
+           " USING " + sModule + '(' + sArguments + ')';
+}
+
+int ResultOf(jet::FailureKind kind) {
+    switch (kind) {
+        case jet::FailureKind::Damaged:
+            return SQLITE_CORRUPT;
+        case jet::FailureKind::Constraint:
+            return SQLITE_CONSTRAINT;
+        case jet::FailureKind::NotWritable:
+            return SQLITE_READONLY;
+        case jet::FailureKind::Held:
+            return SQLITE_BUSY;
+        case jet::FailureKind::InputOutput:
+            return SQLITE_IOERR;
+        default:
+            return SQLITE_ERROR;
+    }
+}
+
+}  // namespace nomira::jetsql
