@@ -12,10 +12,15 @@ constexpr std::uint32_t kMostPages = 1U << 24;
 }  // namespace
 
 ByteView CachedPages::Read(std::uint32_t nPage) {
+    if (nPage < m_pages.size() && nPage < m_nCount && !m_pages[nPage].empty())
+        return m_pages[nPage];
+    return ReadAnew(nPage);
+}
+
+ByteView CachedPages::ReadAnew(std::uint32_t nPage) {
     if (nPage >= m_nCount) Fail(FailureKind::Damaged, "a page behind the end of the file is named");
-    const auto found = m_pages.find(nPage);
-    if (found != m_pages.end()) return found->second;
-    return m_pages.emplace(nPage, Load(nPage)).first->second;
+    Bytes page = Load(nPage);
+    return Slot(nPage) = std::move(page);
 }
 
 ByteSpan CachedPages::Change(std::uint32_t nPage) {
@@ -24,7 +29,7 @@ ByteSpan CachedPages::Change(std::uint32_t nPage) {
     if (m_levels.empty()) m_levels.push_back({m_nCount, {}});
     Remember(nPage);
     ++m_nChanges;
-    return m_pages.at(nPage);
+    return m_pages[nPage];
 }
 
 std::uint32_t CachedPages::Append() {
@@ -32,7 +37,7 @@ std::uint32_t CachedPages::Append() {
     if (m_nCount >= kMostPages) Fail(FailureKind::Constraint, "the file can't grow any further");
     if (m_levels.empty()) m_levels.push_back({m_nCount, {}});
     const std::uint32_t nPage = m_nCount++;
-    m_pages.insert_or_assign(nPage, Bytes(m_layout.nPageSize));
+    Slot(nPage) = Bytes(m_layout.nPageSize);
     m_levels.back().before.emplace(nPage, Bytes());
     ++m_nChanges;
     return nPage;
@@ -88,19 +93,21 @@ void CachedPages::RequireWritable() const {
     if (!CanWrite()) Fail(FailureKind::NotWritable, "the file is open for reading only");
 }
 
+Bytes& CachedPages::Slot(std::uint32_t nPage) {
+    if (nPage >= m_pages.size()) m_pages.resize(nPage + std::size_t{1});
+    return m_pages[nPage];
+}
+
 void CachedPages::Remember(std::uint32_t nPage) {
     Images& before = m_levels.back().before;
-    if (!before.contains(nPage)) before.emplace(nPage, m_pages.at(nPage));
+    if (!before.contains(nPage)) before.emplace(nPage, m_pages[nPage]);
 }
 
 void CachedPages::UndoTopLevel() {
     Level level = std::move(m_levels.back());
     m_levels.pop_back();
     for (auto& [nPage, image] : level.before) {
-        if (image.empty())
-            m_pages.erase(nPage);
-        else
-            m_pages[nPage] = std::move(image);
+        Slot(nPage) = std::move(image);
     }
     m_nCount = level.nCount;
     ++m_nChanges;

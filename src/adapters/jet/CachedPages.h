@@ -3,7 +3,6 @@
 #pragma once
 
 #include <map>
-#include <unordered_map>
 #include <vector>
 
 #include "adapters/jet/PageStore.h"
@@ -54,13 +53,16 @@ class CachedPages : public PageStore {
     };
 
     void RequireWritable() const;
+    ByteView ReadAnew(std::uint32_t nPage);
+    Bytes& Slot(std::uint32_t nPage);
     void Remember(std::uint32_t nPage);
     void UndoTopLevel();
 
     const Layout& m_layout;
     std::uint32_t m_nCount;
-    // Never moved about, so that what Read gave stays good.
-    std::unordered_map<std::uint32_t, Bytes> m_pages;
+    // By number, no bytes for a page that isn't in memory. The bytes of a page are never moved
+    // about, so that what Read gave stays good.
+    std::vector<Bytes> m_pages;
     std::vector<Level> m_levels;  // the transaction, then the marks
     std::uint64_t m_nChanges = 0;
 };

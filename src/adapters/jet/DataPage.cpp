@@ -22,6 +22,24 @@ void DataPage::Format(PageStore& store, std::uint32_t nPage, std::uint32_t nOwne
     StoreU32(page, kOwnerPlace, nOwner);
 }
 
+std::optional<ByteView> DataPage::PlainRow(ByteView page, const Layout& layout,
+                                           std::uint32_t nOwner, std::size_t nRow) {
+    if (page[0] != static_cast<std::uint8_t>(PageKind::Data) ||
+        LoadU32(page, kOwnerPlace) != nOwner)
+        return std::nullopt;
+    const std::size_t nSlots = LoadU16(page, layout.nSlotCountPlace);
+    const std::size_t nSlotsEnd = layout.nSlotsPlace + nSlots * kSlotBytes;
+    if (nRow >= nSlots || nSlotsEnd > page.size()) return std::nullopt;
+    const std::size_t nSlotPlace = layout.nSlotsPlace + nRow * kSlotBytes;
+    const std::uint16_t nSlot = LoadU16(page, nSlotPlace);
+    const std::size_t nFrom = nSlot & kOffsetBits;
+    const std::size_t nEnd =
+        nRow == 0 ? page.size() : LoadU16(page, nSlotPlace - kSlotBytes) & kOffsetBits;
+    if ((nSlot & kFlagBits) != 0 || nFrom < nSlotsEnd || nFrom > nEnd || nEnd > page.size())
+        return std::nullopt;
+    return page.subspan(nFrom, nEnd - nFrom);
+}
+
 bool DataPage::IsOne() const {
     return View()[0] == static_cast<std::uint8_t>(PageKind::Data);
 }

@@ -28,6 +28,12 @@ class DataPage {
     // Writes the head of an empty page over what is there.
     static void Format(PageStore& store, std::uint32_t nPage, std::uint32_t nOwner);
 
+    // A row's bytes, by one look: nullopt unless these are a data page of that owner with a sound
+    // row of the number on it, neither moved nor deleted. What is the matter else, the calls below
+    // tell.
+    static std::optional<ByteView> PlainRow(ByteView page, const Layout& layout,
+                                            std::uint32_t nOwner, std::size_t nRow);
+
     // Whether the page says of itself that it is a data page.
     bool IsOne() const;
     std::uint32_t Owner() const;

@@ -23,6 +23,11 @@ bool DataPages::LooksOwned(std::uint32_t nPage) const {
     return page.IsOne() && page.Owner() == m_nOwner;
 }
 
+std::optional<ByteView> DataPages::PlainRow(RowPlace place) const {
+    if (place.nPage == 0 || place.nPage >= m_store.Count()) return std::nullopt;
+    return DataPage::PlainRow(m_store.Read(place.nPage), m_store.Format(), m_nOwner, place.nRow);
+}
+
 bool DataPages::Owns(std::uint32_t nPage) const {
     return LooksOwned(nPage) && m_owned.Contains(nPage);
 }

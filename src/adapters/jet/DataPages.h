@@ -15,6 +15,8 @@ class DataPages {
     bool Owns(std::uint32_t nPage) const;
     // The same as far as the page tells: for reading.
     bool LooksOwned(std::uint32_t nPage) const;
+    // The bytes of a row that hasn't moved; nullopt for any other, and where none is.
+    std::optional<ByteView> PlainRow(RowPlace place) const;
     // The first page of the owner from nFrom on.
     std::optional<std::uint32_t> Next(std::uint32_t nFrom) const { return m_owned.Next(nFrom); }
 

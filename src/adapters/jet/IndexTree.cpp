@@ -58,11 +58,16 @@ IndexTree::Cursor IndexTree::First() {
 }
 
 IndexTree::Cursor IndexTree::LowerBound(ByteView key) {
-    const std::uint32_t nLeaf = Descend(key, nullptr);
     Cursor cursor;
-    cursor.m_tree = this;
-    cursor.SettleAt(nLeaf, Load(nLeaf).Find(key));
+    Seek(cursor, key);
     return cursor;
+}
+
+void IndexTree::Seek(Cursor& cursor, ByteView key) {
+    const std::uint32_t nLeaf = Descend(key, nullptr);
+    cursor.m_tree = this;
+    cursor.m_previous.clear();
+    cursor.SettleAt(nLeaf, Load(nLeaf).Find(key));
 }
 
 bool IndexTree::Contains(ByteView key) {

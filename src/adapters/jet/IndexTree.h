@@ -53,6 +53,8 @@ class IndexTree {
     Cursor First();
     // The first entry whose key is not less than `key`, compared as bytes.
     Cursor LowerBound(ByteView key);
+    // The same with a cursor that has been in use.
+    void Seek(Cursor& cursor, ByteView key);
     // Whether some row has exactly this key.
     bool Contains(ByteView key);
 

@@ -46,6 +46,14 @@ Bytes ReadChain(PageStore& store, RowPlace place, std::size_t nLength) {
 
 }  // namespace
 
+std::optional<ByteView> ValueInField(ByteView field) {
+    if (field.size() < kLongFieldHead) return std::nullopt;
+    const std::uint32_t nWord = LoadU32(field, 0);
+    const ByteView value = field.subspan(kLongFieldHead);
+    if ((nWord & kInlineBit) == 0 || (nWord & kLengthBits) > value.size()) return std::nullopt;
+    return value.first(nWord & kLengthBits);
+}
+
 Bytes ReadLongValue(PageStore& store, ByteView field) {
     const std::uint32_t nWord = LoadU32(field, 0);
     const std::size_t nLength = nWord & kLengthBits;

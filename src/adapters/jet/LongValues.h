@@ -2,6 +2,8 @@
 // rows of pages of their own: one row, or a chain of them.
 #pragma once
 
+#include <optional>
+
 #include "adapters/jet/DataPages.h"
 #include "adapters/jet/Definition.h"
 
@@ -12,6 +14,9 @@ inline constexpr std::size_t kLongFieldHead = 12;
 
 // The value that a row's field tells. Raises Damaged.
 Bytes ReadLongValue(PageStore& store, ByteView field);
+
+// The value, if the row's field holds it itself; nullopt also for a field that is damaged.
+std::optional<ByteView> ValueInField(ByteView field);
 
 // A field that holds the value itself.
 Bytes InlineLongField(ByteView value);

@@ -39,6 +39,7 @@ bool RowPages::Has(RowPlace place) const {
 }
 
 ByteView RowPages::Row(RowPlace place) const {
+    if (const auto row = m_pages.PlainRow(place)) return *row;  // it hardly ever moves
     if (!Has(place)) Fail(FailureKind::Damaged, "a row isn't where an index says");
     if (DataPage(m_store, place.nPage).Flags(place.nRow) != 0) place = Moves(place).back();
     return DataPage(m_store, place.nPage).Row(place.nRow);

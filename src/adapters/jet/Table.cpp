@@ -11,6 +11,7 @@
 #include "adapters/jet/References.h"
 #include "adapters/jet/RowCodec.h"
 #include "adapters/jet/RowPages.h"
+#include "adapters/jet/TextCodes.h"
 #include "adapters/jet/ValueCodes.h"
 
 namespace nomira::jet {
@@ -133,6 +134,15 @@ Value Table::Read(RowPlace place, std::size_t nColumn) {
     const auto field = RowView(m_file.Pages().Format(), row).Field(column);
     if (!field) return {};
     return DecodeLongValue(column, ReadLongValue(m_file.Pages(), *field), m_file.Kind());
+}
+
+std::optional<ByteView> Table::AsciiText(RowPlace place, std::size_t nColumn, Bytes& room) {
+    const Column& column = m_parts->table.columns.at(nColumn);
+    if (!column.IsText() || column.IsFixed()) return std::nullopt;
+    const RowView row(m_file.Pages().Format(), m_parts->rows.Row(place));
+    auto field = row.Field(column);
+    if (field && column.IsLongValue()) field = ValueInField(*field);
+    return field ? AsciiOf(*field, m_file.Kind(), room) : std::nullopt;
 }
 
 bool Table::Has(RowPlace place) {

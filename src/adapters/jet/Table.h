@@ -50,6 +50,9 @@ class Table {
     Row Read(RowPlace place);
     // One of them (index into the definition's columns): for whoever needs few of many.
     Value Read(RowPlace place, std::size_t nColumn);
+    // The text of a column as ASCII, if it is such a text and lies in its row: good until the file
+    // or `room` is changed. nullopt for all else, which Read tells.
+    std::optional<ByteView> AsciiText(RowPlace place, std::size_t nColumn, Bytes& room);
     // Whether a row stands there.
     bool Has(RowPlace place);
 

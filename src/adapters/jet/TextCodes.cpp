@@ -44,6 +44,30 @@ std::u16string DecodeCompressed(ByteView bytes) {
     return sText;
 }
 
+bool IsCompressed(ByteView bytes) {
+    return bytes.size() >= kCompressedMark.size() &&
+           std::equal(kCompressedMark.begin(), kCompressedMark.end(), bytes.begin());
+}
+
+// Without U+0000, and not empty.
+bool IsAscii(ByteView bytes) {
+    unsigned nOthers = bytes.empty() ? 1 : 0;
+    for (const std::uint8_t nByte : bytes)
+        nOthers |= static_cast<unsigned>(nByte == 0) | nByte >> 7U;
+    return nOthers == 0;
+}
+
+// Of characters of two bytes each.
+std::optional<ByteView> NarrowAscii(ByteView bytes, Bytes& room) {
+    room.resize(bytes.size() / 2);
+    unsigned nHigh = 0;
+    for (std::size_t i = 0; i < room.size(); ++i) {
+        room[i] = bytes[2 * i];
+        nHigh |= bytes[2 * i + 1];
+    }
+    return nHigh == 0 && IsAscii(room) ? std::optional<ByteView>(room) : std::nullopt;
+}
+
 bool CanCompress(std::u16string_view sText) {
     return sText.size() >= kFewestCompressed && sText.size() <= kMostCompressed &&
            std::all_of(sText.begin(), sText.end(),
@@ -95,15 +119,20 @@ std::optional<std::uint8_t> ToCodePage1252(char16_t c) {
 
 std::u16string DecodeText(ByteView bytes, Generation generation) {
     if (generation == Generation::Jet4) {
-        const bool bCompressed =
-            bytes.size() >= kCompressedMark.size() &&
-            std::equal(kCompressedMark.begin(), kCompressedMark.end(), bytes.begin());
-        return bCompressed ? DecodeCompressed(bytes.subspan(kCompressedMark.size()))
-                           : DecodePlain(bytes);
+        return IsCompressed(bytes) ? DecodeCompressed(bytes.subspan(kCompressedMark.size()))
+                                   : DecodePlain(bytes);
     }
     std::u16string sText(bytes.size(), u'\0');
     std::transform(bytes.begin(), bytes.end(), sText.begin(), FromCodePage1252);
     return sText;
+}
+
+std::optional<ByteView> AsciiOf(ByteView bytes, Generation generation, Bytes& room) {
+    if (generation == Generation::Jet4) {
+        if (!IsCompressed(bytes)) return NarrowAscii(bytes, room);
+        bytes = bytes.subspan(kCompressedMark.size());
+    }
+    return IsAscii(bytes) ? std::optional(bytes) : std::nullopt;
 }
 
 std::optional<Bytes> EncodeText(std::u16string_view sText, Generation generation,

@@ -20,6 +20,11 @@ std::optional<std::uint8_t> ToCodePage1252(char16_t c);
 // Whatever the bytes are; half a character at the end is left out.
 std::u16string DecodeText(ByteView bytes, Generation generation);
 
+// A stored text as ASCII, if all its characters are and none is U+0000; it is its UTF-8 as well
+// then. The result lies in `bytes`, or in `room` where the characters have two bytes each there.
+// nullopt otherwise, and for no characters.
+std::optional<ByteView> AsciiOf(ByteView bytes, Generation generation, Bytes& room);
+
 // nullopt if the generation can't store the text: Jet 3 knows the characters of its code page
 // alone, and a Jet 4 text that begins with U+FEFF would be taken for a compressed one.
 // bMayCompress: Jet 4 stores it with one byte per character if that can be and is shorter.

@@ -191,6 +191,10 @@ const char* DeclaredType(const jet::Column& column) {
     return RowOf(column.type).sDeclared;
 }
 
+void GiveAscii(sqlite3_context* context, jet::ByteView text) {
+    GiveText(context, {reinterpret_cast<const char*>(text.data()), text.size()});
+}
+
 void GiveResult(sqlite3_context* context, const Value& value, const jet::Column& column) {
     if (const auto* bValue = std::get_if<bool>(&value))
         sqlite3_result_int(context, *bValue ? 1 : 0);

@@ -15,7 +15,8 @@ namespace nomira::jetsql {
 // For a CREATE TABLE.
 const char* DeclaredType(const jet::Column& column);
 
-// Gives the value as the result of a function or a column.
+// Give the value, or the text, as the result of a function or a column.
+void GiveAscii(sqlite3_context* context, jet::ByteView text);
 void GiveResult(sqlite3_context* context, const jet::Value& value, const jet::Column& column);
 
 // The value to be written into the column. Raises Constraint for one that is of another kind, or

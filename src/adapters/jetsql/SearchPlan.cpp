@@ -160,14 +160,14 @@ Plan BestPlan(const Question& question) {
 // known.
 bool TryAppendKey(jet::Bytes& key, const jet::Value& value, const jet::Column& column,
                   bool bAscending, jet::Generation generation) {
-    jet::Bytes part;
+    const std::size_t nBefore = key.size();
     try {
-        jet::AppendKey(part, value, column, bAscending, generation);
+        jet::AppendKey(key, value, column, bAscending, generation);
     } catch (const jet::Failure& failure) {
+        key.resize(nBefore);
         if (failure.Kind() != jet::FailureKind::Unsupported) throw;
         return false;
     }
-    jet::Append(key, part);
     return true;
 }
 
@@ -209,6 +209,8 @@ class RangeMaker {
             jet::Fail(jet::FailureKind::Damaged, "an index that is gone");
         m_search.way = Search::Way::Index;
         m_search.range.nIndex = nIndex;
+        constexpr std::size_t kUsualKey = 32;
+        m_search.range.lower.reserve(kUsualKey);
     }
 
     // False once nothing narrows the range any further.
@@ -229,6 +231,7 @@ class RangeMaker {
     }
 
     Search Result() {
+        m_search.range.upper = m_search.range.lower;
         // The lower end must come before the upper one in the tree.
         jet::Append(m_search.range.lower, m_low);
         jet::Append(m_search.range.upper, m_high);
@@ -242,11 +245,9 @@ class RangeMaker {
     bool TakeValue(sqlite3_value* argument, const jet::Column& column) {
         const KeyValue value = ValueToFind(argument, column);
         if (!IsKnown(value)) return false;
-        jet::Bytes part;
-        if (!TryAppendKey(part, value.value, column, m_indexed.bAscending, m_generation))
+        if (!TryAppendKey(m_search.range.lower, value.value, column, m_indexed.bAscending,
+                          m_generation))
             return false;
-        jet::Append(m_search.range.lower, part);
-        jet::Append(m_search.range.upper, part);
         ++m_nColumn;
         return true;
     }

@@ -68,6 +68,7 @@ struct Cursor : sqlite3_vtab_cursor {
     Search search;
     std::optional<jet::Table::Scan> scan;
     std::optional<jet::IndexTree::Cursor> entries;
+    jet::Bytes room;  // for a column's text
     bool bAtEnd = true;
     std::shared_ptr<OpenFile> walked;  // while the walk lasts
 
@@ -259,7 +260,7 @@ bool IsInRange(const jet::IndexTree::Cursor& entries, const KeyRange& range) {
 void Start(Cursor& cursor) {
     jet::Table& table = cursor.Owner().Table();
     cursor.scan.reset();
-    cursor.entries.reset();
+    if (cursor.search.way != Search::Way::Index) cursor.entries.reset();
     switch (cursor.search.way) {
         case Search::Way::NoRow:
             cursor.bAtEnd = true;
@@ -273,7 +274,8 @@ void Start(Cursor& cursor) {
             break;
         case Search::Way::Index: {
             const KeyRange& range = cursor.search.range;
-            cursor.entries = table.Index(range.nIndex).LowerBound(range.lower);
+            if (!cursor.entries) cursor.entries.emplace();
+            table.Index(range.nIndex).Seek(*cursor.entries, range.lower);
             cursor.bAtEnd = !IsInRange(*cursor.entries, range);
             break;
         }
@@ -323,11 +325,14 @@ int ReadColumn(sqlite3_vtab_cursor* vtabCursor, sqlite3_context* context, int nC
     // An update that leaves the column alone doesn't ask for its value.
     if (sqlite3_vtab_nochange(context) != 0) return SQLITE_OK;
     return Guarded(vtabCursor->pVtab->zErrMsg, [&] {
-        const Cursor& cursor = Of(vtabCursor);
+        Cursor& cursor = Of(vtabCursor);
         jet::Table& table = cursor.Owner().Table();
         const auto nPlace = static_cast<std::size_t>(nColumn);
-        GiveResult(context, table.Read(CurrentPlace(cursor), nPlace),
-                   table.Definition().columns[nPlace]);
+        const jet::RowPlace place = CurrentPlace(cursor);
+        if (const auto ascii = table.AsciiText(place, nPlace, cursor.room))
+            GiveAscii(context, *ascii);
+        else
+            GiveResult(context, table.Read(place, nPlace), table.Definition().columns[nPlace]);
     });
 }
 

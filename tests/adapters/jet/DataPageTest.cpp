@@ -90,6 +90,38 @@ TEST_P(DataPageTest, SlotsThatLieAreDamage) {
     EXPECT_THROW(m_page.HasRoom(1), Failure);
 }
 
+TEST_P(DataPageTest, OneLookTellsTheSameOrNothing) {
+    std::mt19937 random(815);
+    for (int i = 0; i < 20; ++i)
+        m_page.Add(Filled(1 + random() % 40, static_cast<std::uint8_t>(i)));
+    m_page.Delete(3);
+    m_page.Replace(5, Filled(4, 9), SlotMoved);
+    const Bytes sound = Copy(m_pages.Read(0));
+    const auto look = [&](std::size_t nRow) {
+        return DataPage::PlainRow(m_pages.Read(0), m_pages.Format(), 77, nRow);
+    };
+    EXPECT_EQ(Copy(look(0).value()), Copy(m_page.Row(0)));
+    EXPECT_EQ(Copy(look(19).value()), Copy(m_page.Row(19)));
+    for (const std::size_t nRow : {3, 5, 20, 255})
+        EXPECT_FALSE(look(nRow)) << nRow;
+    EXPECT_FALSE(DataPage::PlainRow(m_pages.Read(0), m_pages.Format(), 78, 0));
+
+    int nTold = 0;
+    for (int i = 0; i < 20000; ++i) {
+        const ByteSpan page = m_pages.Change(0);
+        std::copy(sound.begin(), sound.end(), page.begin());
+        for (int n = 0; n < 3; ++n)
+            page[random() % 60] = static_cast<std::uint8_t>(random());
+        const std::size_t nRow = random() % 21;
+        const auto row = look(nRow);
+        if (!row) continue;
+        ++nTold;
+        ASSERT_EQ(m_page.Flags(nRow), 0);
+        ASSERT_EQ(Copy(m_page.Row(nRow)), Copy(*row));
+    }
+    EXPECT_GT(nTold, 1000);
+}
+
 INSTANTIATE_TEST_SUITE_P(Both, DataPageTest, ::testing::Values(Generation::Jet3, Generation::Jet4));
 
 }  // namespace

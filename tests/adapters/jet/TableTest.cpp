@@ -70,6 +70,24 @@ TEST_P(TableTest, ARowComesBackAsItWasInserted) {
     ExpectSound(*m_file);
 }
 
+TEST_P(TableTest, AsciiThatLiesInItsRowNeedsNoCopy) {
+    const auto ascii = [&](RowPlace place, std::size_t nColumn) -> std::optional<std::string> {
+        Bytes room;
+        const auto found = m_table.AsciiText(place, nColumn, room);
+        if (!found) return std::nullopt;
+        return std::string(found->begin(), found->end());
+    };
+    const RowPlace plain = Insert(std::u16string(u"Ventil"), {}, std::u16string(u"open"));
+    EXPECT_EQ(ascii(plain, 1), "Ventil");
+    EXPECT_EQ(ascii(plain, 3), "open");
+    EXPECT_EQ(ascii(plain, 0), std::nullopt);  // a number
+    EXPECT_EQ(ascii(plain, 2), std::nullopt);  // Null
+    const RowPlace other = Insert(std::u16string(u"Öl"), {}, Text(500, u'x'));
+    EXPECT_EQ(ascii(other, 1), std::nullopt);
+    EXPECT_EQ(ascii(other, 3), std::nullopt);  // it lies elsewhere
+    EXPECT_EQ(ascii(Insert(std::u16string(), {}, std::u16string()), 1), std::nullopt);
+}
+
 TEST_P(TableTest, MissingValuesAreNull) {
     Row row;
     const RowPlace place = m_table.Insert(row);

@@ -79,6 +79,25 @@ TEST(TextCodesTest, ACompressedTextMayTurnToTwoBytesAndBack) {
     EXPECT_EQ(Decoded4({'a', 0, 'b'}), u"a");
 }
 
+TEST(TextCodesTest, AsciiIsFoundWhereItStands) {
+    const auto ascii = [](const Bytes& stored,
+                          Generation generation) -> std::optional<std::string> {
+        Bytes room;
+        const auto found = AsciiOf(stored, generation, room);
+        if (!found) return std::nullopt;
+        return std::string(found->begin(), found->end());
+    };
+    EXPECT_EQ(ascii({'a', '~', 1, 0x7F}, Generation::Jet3), "a~\x01\x7F");
+    EXPECT_EQ(ascii({0xFF, 0xFE, 'a', 'b', 'c'}, Generation::Jet4), "abc");
+    for (const Bytes& other : {Bytes{}, Bytes{'a', 0x80}, Bytes{'a', 0}, Bytes{0xFF, 0xFE, 'a'}})
+        EXPECT_EQ(ascii(other, Generation::Jet3), std::nullopt);
+    EXPECT_EQ(ascii({'I', 0, 'O', 0}, Generation::Jet4), "IO");
+    for (const Bytes& other :
+         {Bytes{}, Bytes{'a', 0, 0xE4, 0}, Bytes{'a', 1}, Bytes{0, 0}, Bytes{0xFF, 0xFE},
+          Bytes{0xFF, 0xFE, 'a', 0, 0xA9, 3}, Bytes{0xFF, 0xFE, 'a', 0xE4}})
+        EXPECT_EQ(ascii(other, Generation::Jet4), std::nullopt);
+}
+
 TEST(TextCodesTest, ATextThatWouldPassForACompressedOneIsRefused) {
     EXPECT_EQ(EncodeText(u"\xFEFFhello", Generation::Jet4, true), std::nullopt);
     EXPECT_NE(EncodeText(u"hello\xFEFF", Generation::Jet4, true), std::nullopt);
