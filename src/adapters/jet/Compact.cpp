@@ -13,6 +13,7 @@
 #include "adapters/jet/MemoryPages.h"
 #include "adapters/jet/Names.h"
 #include "adapters/jet/PageAllocator.h"
+#include "adapters/jet/TablePages.h"
 
 namespace nomira::jet {
 namespace {
@@ -191,23 +192,6 @@ class DefinitionMaker {
     std::map<std::uint16_t, std::uint16_t> m_numbers;  // of columns, old to new
     std::uint16_t m_nFixedBytes = 0;
 };
-
-void TakePages(PageStore& store, TableDefinition& table) {
-    table.nPage = TakePage(store);
-    std::uint32_t nMapPage = 0;
-    table.ownedMap = NewMap(store, nMapPage);
-    table.freeMap = NewMap(store, nMapPage);
-    for (RealIndex& index : table.realIndexes) {
-        index.ownedMap = NewMap(store, nMapPage);
-        index.nRootPage = MappedPages(store, index.ownedMap).Take();
-        WriteEmptyIndex(store, index.nRootPage, table.nPage);
-    }
-    for (const Column& column : table.columns) {
-        if (!column.IsLongValue()) continue;
-        const RowPlace owned = NewMap(store, nMapPage);
-        table.longColumns.push_back({column.nNumber, owned, NewMap(store, nMapPage)});
-    }
-}
 
 // --- The whole file.
 

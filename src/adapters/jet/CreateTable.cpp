@@ -6,6 +6,7 @@
 #include "adapters/jet/DefinitionPages.h"
 #include "adapters/jet/Names.h"
 #include "adapters/jet/PageAllocator.h"
+#include "adapters/jet/TablePages.h"
 #include "adapters/jet/ValueCodes.h"
 
 namespace nomira::jet {
@@ -148,23 +149,6 @@ TableDefinition DefinitionFor(const NewTable& asked, const Column& pattern, cons
     std::sort(table.logicalIndexes.begin(), table.logicalIndexes.end(),
               [](const auto& a, const auto& b) { return ComesBefore(a.sName, b.sName); });
     return table;
-}
-
-void TakePages(PageStore& store, TableDefinition& table) {
-    table.nPage = TakePage(store);
-    std::uint32_t nMapPage = 0;
-    table.ownedMap = NewMap(store, nMapPage);
-    table.freeMap = NewMap(store, nMapPage);
-    for (RealIndex& index : table.realIndexes) {
-        index.ownedMap = NewMap(store, nMapPage);
-        index.nRootPage = MappedPages(store, index.ownedMap).Take();
-        WriteEmptyIndex(store, index.nRootPage, table.nPage);
-    }
-    for (const Column& column : table.columns) {
-        if (!column.IsLongValue()) continue;
-        const RowPlace owned = NewMap(store, nMapPage);
-        table.longColumns.push_back({column.nNumber, owned, NewMap(store, nMapPage)});
-    }
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "adapters/jet/LockFile.h"
 #include "adapters/jet/PageAllocator.h"
 #include "adapters/jet/Rc4.h"
+#include "adapters/jet/SystemFailure.h"
 #include "nativefiles/FileBeside.h"
 
 namespace nomira::jet {
@@ -43,16 +44,6 @@ std::string_view AsText(ByteView bytes) {
 
 Bytes AsBytes(const std::string& sBytes) {
     return {sBytes.begin(), sBytes.end()};
-}
-
-// Runs the system's part of a routine.
-template <class Call>
-auto Translated(const Call& call) {
-    try {
-        return call();
-    } catch (const std::system_error& error) {
-        Fail(FailureKind::InputOutput, error.code().message());
-    }
 }
 
 // Where a link leads: the journal has to be beside the file itself.

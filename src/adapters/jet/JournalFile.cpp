@@ -11,6 +11,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "adapters/jet/SystemFailure.h"
 #include "nativefiles/NativeFiles.h"
 
 namespace nomira::jet {
@@ -73,16 +74,6 @@ std::uint16_t AppendRanges(Bytes& out, ByteView before, ByteView now) {
         nFrom = nEnd;
     }
     return nRanges;
-}
-
-// Runs the system's part of a routine.
-template <class Call>
-auto Translated(const Call& call) {
-    try {
-        return call();
-    } catch (const std::system_error& error) {
-        Fail(FailureKind::InputOutput, error.code().message());
-    }
 }
 
 [[noreturn]] void FailAsNoJournal() {

@@ -5,10 +5,6 @@
 namespace nomira::jet {
 namespace {
 
-// The length's top bits tell where the value is.
-constexpr std::uint32_t kInlineBit = 0x80000000;
-constexpr std::uint32_t kSingleBit = 0x40000000;
-constexpr std::uint32_t kLengthBits = 0x3FFFFFFF;
 constexpr std::size_t kPlacePlace = 4;
 // Ahead of a chained row's bytes: where the next one is.
 constexpr std::size_t kChainHead = 4;

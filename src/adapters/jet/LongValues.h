@@ -12,6 +12,12 @@ namespace nomira::jet {
 // Bytes of a field without the value itself.
 inline constexpr std::size_t kLongFieldHead = 12;
 
+// The field begins with the value's length, whose top bits tell where it is: in the field, or in
+// one row; else in a chain of rows.
+inline constexpr std::uint32_t kInlineBit = 0x80000000;
+inline constexpr std::uint32_t kSingleBit = 0x40000000;
+inline constexpr std::uint32_t kLengthBits = 0x3FFFFFFF;
+
 // The value that a row's field tells. Raises Damaged.
 Bytes ReadLongValue(PageStore& store, ByteView field);
 

@@ -13,9 +13,6 @@ namespace {
 constexpr std::size_t kNextDefinitionPlace = 4;
 constexpr std::size_t kPointerBytes = 4;
 constexpr std::uint16_t kOffsetBits = 0x1FFF;
-constexpr std::uint32_t kInlineBit = 0x80000000;
-constexpr std::uint32_t kSingleBit = 0x40000000;
-constexpr std::uint32_t kLengthBits = 0x3FFFFFFF;
 
 RowPlace PlaceAt(ByteView bytes, std::size_t nOffset) {
     return {LoadU24(bytes, nOffset + 1), LoadU8(bytes, nOffset)};

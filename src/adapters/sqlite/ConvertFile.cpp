@@ -28,15 +28,6 @@ constexpr const char* kModule = "nomira_access";
 // Items ahead of the messages that refer to them.
 constexpr std::array<std::u16string_view, 2> kStoreTables{u"Items", u"Messages"};
 
-template <typename Work>
-decltype(auto) OnFile(Work work) {
-    try {
-        return work();
-    } catch (const jet::Failure& failure) {
-        RaiseFailure(failure.what());
-    }
-}
-
 bool IsStoreTable(std::u16string_view sName) {
     return std::any_of(kStoreTables.begin(), kStoreTables.end(),
                        [&](std::u16string_view sKnown) { return jet::SameName(sKnown, sName); });

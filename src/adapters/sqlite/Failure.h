@@ -1,10 +1,12 @@
-// The one translator of SQLite's failures: whatever went wrong is an EngineFailure with SQLite's
-// own words, for the data-access layer knows no finer number.
+// The one translator of the failures of SQLite and of Access files: whatever went wrong is an
+// EngineFailure with their own words, for the data-access layer knows no finer number.
 #pragma once
 
 #include <sqlite3.h>
 
 #include <string_view>
+
+#include "adapters/jet/Failure.h"
 
 namespace nomira::sqlite {
 
@@ -12,6 +14,16 @@ namespace nomira::sqlite {
 [[noreturn]] void RaiseFailure(sqlite3* handle);
 // With words of our own.
 [[noreturn]] void RaiseFailure(std::string_view sWords);
+
+// Runs work on an Access file.
+template <typename Work>
+decltype(auto) OnFile(Work work) {
+    try {
+        return work();
+    } catch (const jet::Failure& failure) {
+        RaiseFailure(failure.what());
+    }
+}
 
 // Whether SQLite's result code, extended or not, says that somebody else holds the file.
 inline bool IsBusy(int nResult) {

@@ -33,16 +33,6 @@ std::filesystem::path RealPath(const std::filesystem::path& path) {
     return error ? path : real;
 }
 
-// Runs work on the file, and translates its failures.
-template <typename Work>
-decltype(auto) OnFile(Work work) {
-    try {
-        return work();
-    } catch (const jet::Failure& failure) {
-        RaiseFailure(failure.what());
-    }
-}
-
 std::string ShapeOf(const std::vector<jetsql::NamedTable>& tables) {
     std::string sShape;
     for (const jetsql::NamedTable& table : tables)

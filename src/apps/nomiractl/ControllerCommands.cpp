@@ -56,7 +56,7 @@ void RequireFolder(const fs::path& folder) {
             ExitCode::Files);
 }
 
-void RequireFree(const fs::path& path) {
+void RequireNew(const fs::path& path) {
     std::error_code error;
     if (fs::exists(fs::symlink_status(path, error)))
         throw Refusal(fmt::format("{} exists already; --force writes over it", path.string()),
@@ -130,7 +130,7 @@ ExitCode FetchPrograms(const Options& options, Streams streams) {
     ControllerLink link(machine.ControllerSocket());
     return WorkEach(options.names, options, streams, [&](const std::string& sName) -> Done {
         const fs::path file = options.folder / sName;
-        if (!options.bForce) RequireFree(file);
+        if (!options.bForce) RequireNew(file);
         link.Fetch(posix::FromNative(sName), options.folder);
         return {fmt::format("{}: fetched", file.string()),
                 {{"name", sName}, {"file", file.string()}}};

@@ -10,6 +10,7 @@
 #include "apps/nomiractl/AccessLook.h"
 #include "apps/nomiractl/Commands.h"
 #include "apps/nomiractl/DatabaseWork.h"
+#include "apps/nomiractl/FileChecks.h"
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/StoreFormats.h"
 #include "apps/nomiractl/Words.h"
@@ -130,20 +131,6 @@ void Print(const DatabaseInfo& info, const fs::path& database, std::ostream& out
                    "\nkeys without a message take no text: import with --overwrite to make"
                    " them anew\n");
     fmt::print(out, "\nintegrity  {}\n", info.problems.empty() ? "fine" : "damaged");
-}
-
-void RequireFree(const fs::path& path) {
-    std::error_code error;
-    if (fs::exists(fs::symlink_status(path, error)))
-        throw Refusal(fmt::format("{}: exists already; an existing file is never replaced, name"
-                                  " another one or remove it yourself",
-                                  path.string()),
-                      ExitCode::Files);
-    const fs::path folder = fs::absolute(path).parent_path();
-    if (!fs::is_directory(folder, error))
-        throw Refusal(
-            fmt::format("{0}: no such folder; make it with: mkdir -p {0}", folder.string()),
-            ExitCode::Files);
 }
 
 }  // namespace

@@ -18,14 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void RequireFree(const fs::path& path) {
-    std::error_code error;
-    if (fs::exists(fs::symlink_status(path, error)))
-        throw Refusal(
-            fmt::format("{}: exists already; an existing file is never replaced", path.string()),
-            ExitCode::Files);
-}
-
 // Runs work of the engine's, and puts its failure in words.
 template <typename Work>
 decltype(auto) InWords(const fs::path& path, Work work) {

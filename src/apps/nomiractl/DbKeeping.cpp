@@ -7,6 +7,7 @@
 
 #include "apps/nomiractl/Commands.h"
 #include "apps/nomiractl/DatabaseRun.h"
+#include "apps/nomiractl/FileChecks.h"
 #include "apps/nomiractl/Interrupt.h"
 #include "apps/nomiractl/Runs.h"
 #include "apps/nomiractl/Words.h"
@@ -42,14 +43,6 @@ Rows RowsOf(const fs::path& file, const Options& options) {
     Rows rows = database.ReadRows();
     RequireWhole(database, file);
     return rows;
-}
-
-void RequireFree(const fs::path& path) {
-    std::error_code error;
-    if (fs::exists(fs::symlink_status(path, error)))
-        throw Refusal(
-            fmt::format("{}: exists already; an existing file is never replaced", path.string()),
-            ExitCode::Files);
 }
 
 }  // namespace

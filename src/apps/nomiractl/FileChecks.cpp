@@ -55,6 +55,20 @@ void RequireWritable(const fs::path& path) {
                   ExitCode::Files);
 }
 
+void RequireFree(const fs::path& path) {
+    std::error_code error;
+    if (fs::exists(fs::symlink_status(path, error)))
+        throw Refusal(fmt::format("{}: exists already; an existing file is never replaced, name"
+                                  " another one or remove it yourself",
+                                  path.string()),
+                      ExitCode::Files);
+    const fs::path folder = fs::absolute(path).parent_path();
+    if (!fs::is_directory(folder, error))
+        throw Refusal(
+            fmt::format("{0}: no such folder; make it with: mkdir -p {0}", folder.string()),
+            ExitCode::Files);
+}
+
 void CheckTextFile(const fs::path& path) {
     const fs::file_status status = StatusOf(path);
     if (!fs::exists(status))

@@ -12,6 +12,9 @@ void CheckTextFile(const std::filesystem::path& path);
 // A program that can be changed.
 void RequireWritable(const std::filesystem::path& path);
 
+// A path at which nothing stands, in a folder that is there: for a file that is made.
+void RequireFree(const std::filesystem::path& path);
+
 enum class DatabaseUse { Read, Write };
 
 // A file that may be a database and may be used so. Opens and closes it, so that it must not be
