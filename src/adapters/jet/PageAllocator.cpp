@@ -12,7 +12,6 @@ constexpr RowPlace kGlobalMap{kGlobalMapPage, 0};
 
 // A map's row lengthens by this many bits.
 constexpr std::uint32_t kGrowthBits = 32;
-constexpr std::uint32_t kBits = 8;
 
 // Its set bits are the free pages, and also all those behind the end of the file. It grows in place
 // as the file does, as long as page 1 has room.
