@@ -59,7 +59,7 @@ void Database::OpenHandle(const char* sName, int nFlags) {
 
 void Database::CloseHandle() {
     m_kept.clear();
-    sqlite3_close(m_handle);
+    sqlite3_close_v2(m_handle);  // goes with the last statement, if one is left
     m_handle = nullptr;
 }
 

@@ -47,12 +47,17 @@ TEST(DecimalsTest, WhatIsNoAmountGivesNothing) {
 }
 
 TEST(DecimalsTest, NumbersOfManyDigitsComeBackAsTheyWere) {
-    for (const char* sText : {"0", "1", "-1", "12.345", "-99999999999999999999.99999999",
-                              "1234567890123456789012345.678"}) {
-        const auto bytes = NumericOfText(sText, 28, sText[0] == '1' && sText[2] == '3' ? 3 : 8);
+    struct Number {
+        const char* sText;
+        int nScale;
+    };
+    for (const auto& [sText, nScale] :
+         {Number{"0", 8}, Number{"1", 8}, Number{"-1", 8}, Number{"12.345", 8},
+          Number{"-99999999999999999999.99999999", 8},
+          Number{"1234567890123456789012345.678", 3}}) {
+        const auto bytes = NumericOfText(sText, 28, nScale);
         ASSERT_TRUE(bytes) << sText;
         EXPECT_EQ(bytes->size(), 17U);
-        const int nScale = sText[0] == '1' && sText[2] == '3' ? 3 : 8;
         EXPECT_EQ(TextOfNumeric(*bytes, nScale), sText);
     }
 }
