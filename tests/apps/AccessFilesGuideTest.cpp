@@ -42,7 +42,11 @@ class AccessFilesGuideTest : public ::testing::Test {
     bool HasShell() { return Shell("command -v sqlite3").empty(); }
     std::string Sqlite(const std::string& sStatements) {
         run.Write("statements.sql", sStatements);
-        return Shell("LD_LIBRARY_PATH='" + std::string(NOMIRA_EXTENSION_FOLDER) +
+        // An extension with the sanitizer in it wants that loaded ahead of the shell.
+        const std::string sPreload = NOMIRA_PRELOAD;
+        const std::string sAhead =
+            sPreload.empty() ? "" : "ASAN_OPTIONS=detect_leaks=0 LD_PRELOAD='" + sPreload + "' ";
+        return Shell(sAhead + "LD_LIBRARY_PATH='" + NOMIRA_EXTENSION_FOLDER +
                      "' sqlite3 -batch -bail :memory: < statements.sql");
     }
 
