@@ -117,8 +117,8 @@ TEST_P(CompactTest, TheNewFileIsSoundAndHoldsAllRows) {
 }
 
 TEST_P(CompactTest, ItIsSmaller) {
-    if (From() != To()) GTEST_SKIP() << "pages of another size";
-    EXPECT_LT(jet::Compact(*file, To()).bytes.size(),
+    // Of its own generation: the other one's pages have another size.
+    EXPECT_LT(jet::Compact(*file, From()).bytes.size(),
               file->Pages().Count() * file->Pages().Format().nPageSize);
 }
 
@@ -149,8 +149,11 @@ TEST_P(CompactTest, TheRelationshipStandsInTheCatalogue) {
 }
 
 TEST_P(CompactTest, ATextThatTheGenerationLacksStopsItWithTheTablesName) {
-    if (From() == Generation::Jet3) GTEST_SKIP() << "it can't have such a text";
     Row message{std::int64_t{1}, std::u16string(u"Привет"), 0.0};
+    if (From() == Generation::Jet3) {  // it can't have such a text
+        EXPECT_THROW(file->FindTable(u"Messages")->Insert(message), jet::Failure);
+        return;
+    }
     file->FindTable(u"Messages")->Insert(message);
     std::string sWords;
     if (To() == Generation::Jet4) {
