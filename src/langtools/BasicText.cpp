@@ -72,7 +72,9 @@ char16_t AsciiUCase(char16_t c) {
 }
 
 bool SameNoCase(char16_t a, char16_t b) {
-    return a == b || UCase(a) == UCase(b);
+    if (a == b) return true;
+    // Beyond ASCII no capital is an ASCII one.
+    return (a | b) < 0x80 ? AsciiUCase(a) == AsciiUCase(b) : UCase(a) == UCase(b);
 }
 
 bool IsAsciiLetter(char16_t c) {

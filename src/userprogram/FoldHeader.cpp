@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
+#include <type_traits>
 
 #include "conversion/TextImport.h"
 #include "database/adoModul.h"
@@ -106,7 +108,7 @@ constexpr TextView LiteralPart(TextView sPattern) {
     return sPattern.substr(0, sPattern.find_first_of(kPatternSigns));
 }
 
-// In front of all patterns, and what each has behind it.
+// In front of all patterns. What each has behind it, up to its first sign, tells most lines apart.
 constexpr TextView kOpening = u";FOLD ";
 constexpr auto kBeginnings = [] {
     std::array<TextView, kForms.size()> beginnings;
@@ -118,17 +120,40 @@ static_assert(std::all_of(kForms.begin(), kForms.end(), [](const FoldForm& form)
     return LiteralPart(form.sPattern).starts_with(kOpening);
 }));
 
-constexpr char16_t UpperAscii(char cByte) {
-    const auto c = static_cast<unsigned char>(cByte);
-    return c >= 'a' && c <= 'z' ? static_cast<char16_t>(c - 0x20) : c;
+template <typename Character>
+constexpr char16_t UpperAscii(Character c) {
+    const std::make_unsigned_t<Character> n = c;
+    return n >= 'a' && n <= 'z' ? static_cast<char16_t>(n - 0x20) : n;
 }
 
-// Whether the bytes begin with the text, which is ASCII in upper case.
-bool BeginWith(std::string_view bytes, TextView sUpper) {
-    if (bytes.size() < sUpper.size()) return false;
+// Whether the line begins with the text, which is ASCII in upper case: no other character becomes
+// ASCII in upper case.
+template <typename Character>
+bool BeginsWith(std::basic_string_view<Character> sLine, TextView sUpper) {
+    if (sLine.size() < sUpper.size()) return false;
     for (std::size_t n = 0; n < sUpper.size(); ++n)
-        if (UpperAscii(bytes[n]) != sUpper[n]) return false;
+        if (UpperAscii(sLine[n]) != sUpper[n]) return false;
     return true;
+}
+
+// What stands behind the opening; empty if the line doesn't begin with it.
+template <typename Character>
+std::basic_string_view<Character> BehindOpening(std::basic_string_view<Character> sLine) {
+    while (!sLine.empty() && sLine[0] == ' ')
+        sLine.remove_prefix(1);
+    if (!BeginsWith(sLine, kOpening)) return {};
+    return sLine.substr(kOpening.size());
+}
+
+// The first form of the chain that matches the trimmed line; nullptr if none does.
+const FoldForm* FormOf(TextView sTrimmed) {
+    const TextView sBehind = BehindOpening(sTrimmed);
+    for (std::size_t n = 0; n < kForms.size(); ++n) {
+        if (!BeginsWith(sBehind, kBeginnings[n])) continue;
+        const TextView sRest = kForms[n].sPattern.substr(kOpening.size() + kBeginnings[n].size());
+        if (sRest == u"*" || Matches(UCase(sTrimmed), kForms[n].sPattern)) return &kForms[n];
+    }
+    return nullptr;
 }
 
 std::int16_t Position(std::int64_t nStart, TextView sWhat) {
@@ -193,6 +218,13 @@ std::int16_t FirstWaitCondition(const WaitClass& wait, TextView sWord) {
     return nFound == 0 ? nFound : Position(nFound, sWord);
 }
 
+// False only if the word can't stand in the visible part from there on: no part of a header comes
+// later in it than in the line. A line with parts enough to overflow the parser must come to it.
+bool StandsBehind(std::int16_t nStop, TextView sWord) {
+    constexpr std::size_t kNeverOverflows = std::numeric_limits<std::int16_t>::max();
+    return g_sLine.size() > kNeverOverflows || InStrNoCase(nStop, g_sLine, sWord) != 0;
+}
+
 void RewriteWaitClass(const WaitClass& wait) {
     const Text sWord = Text(wait.sKeyword) + u" ";
     std::int16_t nPlace = FirstWaitCondition(wait, sWord);
@@ -206,7 +238,9 @@ void RewriteWaitClass(const WaitClass& wait) {
         }
         // The stop is that of the line before the replacement: with a name of another length the
         // search goes on a little before or behind the true place.
-        nPlace = ToInt16(InStrNoCase(nStop, CutFoldComment(g_sLine), sWord));
+        nPlace = StandsBehind(nStop, sWord)
+                     ? ToInt16(InStrNoCase(nStop, CutFoldComment(g_sLine), sWord))
+                     : std::int16_t{0};
     }
 }
 
@@ -252,24 +286,16 @@ void ReportInvalidSign(TextView sKey, TextView sText) {
 }  // namespace
 
 void RewriteFoldLine() {
-    const TextView sTrimmed = Trim(g_sLine);
-    if (!sTrimmed.starts_with(u';')) return;  // most lines
-    const Text sUpper = UCase(sTrimmed);
-    if (!Matches(sUpper, u";FOLD *")) return;
-    for (const FoldForm& form : kForms) {
-        if (!Matches(sUpper, form.sPattern)) continue;
-        TheFoldObserver().HeaderFound(form.kind);
-        return form.work(form);
-    }
+    const FoldForm* form = FormOf(Trim(g_sLine));
+    if (form == nullptr) return;  // most lines
+    TheFoldObserver().HeaderFound(form->kind);
+    form->work(*form);
 }
 
 bool MayBeFoldHeader(std::string_view bytes) {
-    while (bytes.starts_with(' '))
-        bytes.remove_prefix(1);
-    if (!BeginWith(bytes, kOpening)) return false;
-    bytes.remove_prefix(kOpening.size());
+    const std::string_view behind = BehindOpening(bytes);
     return std::any_of(kBeginnings.begin(), kBeginnings.end(),
-                       [bytes](TextView sBeginning) { return BeginWith(bytes, sBeginning); });
+                       [behind](TextView sBeginning) { return BeginsWith(behind, sBeginning); });
 }
 
 Text CutFoldComment(TextView sLine) {

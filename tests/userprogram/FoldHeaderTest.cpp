@@ -386,6 +386,19 @@ TEST_F(FoldHeaderTest, HiddenPartIsNotSearchedForLaterConditions) {
               Text(u";FOLD WAIT FOR ( IN 1 'Gate' ) ").append(sHidden));
 }
 
+// In the visible part they are one, so that a condition behind them is taken from too far ahead.
+TEST_F(FoldHeaderTest, SeparatorsInARowHideALaterCondition) {
+    EXPECT_EQ(Rewrite(u";FOLD WAIT FOR ( IN 1 'a' ) ;;; AND ( IN 5 'b' ) ;%{PE}"),
+              u";FOLD WAIT FOR ( IN 1 'Gate' ) ;;; AND ( IN 5 'b' ) ;%{PE}");
+}
+
+TEST_F(FoldHeaderTest, ConditionInAHeaderOfMorePartsThanCanBeCountedOverflows) {
+    Text sLine = u";FOLD WAIT FOR ( IN 1 'a' ) ";
+    for (int n = 0; n < 32768; ++n)
+        sLine += u"x;";
+    ExpectRaises(ErrorNumber::Overflow, sLine);
+}
+
 // The first search of a class goes over the whole line.
 TEST_F(FoldHeaderTest, ClassThatOnlyTheHiddenPartHoldsIsFoundThere) {
     EXPECT_EQ(Rewrite(u";FOLD WAIT FOR ( OUT 2 'a' ) ;%{PE}%P 2:IN 5 'b' "),

@@ -21,11 +21,12 @@ ProgramLine CutLine(std::string_view bytes) {
     return {bytes.substr(0, nReturn), bytes.substr(nReturn, bLineFeed ? 2 : 1)};
 }
 
-// The line as the core leaves it.
-Text Rewritten(const Text& sLine) {
+// Leaves in g_sLine what the core makes of the line; false if that is the line itself.
+bool Rewrites(const Text& sLine) {
     g_sLine = sLine;
+    g_bLineChanged = false;
     RewriteFoldLine();
-    return g_sLine;
+    return g_bLineChanged && g_sLine != sLine;
 }
 
 // The boxes that the line has shown become findings of it, also if it then ended the run.
@@ -99,9 +100,9 @@ RewritePlan PlanRewrite(std::string_view bytes, CollectingDesktop& desktop, Look
         nNext = nPlace + line.body.size() + line.end.size();
         if (bQuick && !MayBeFoldHeader(line.body)) continue;
         const Text sOld = SystemCodePage().Decode(line.body);
-        Text sNew;
+        bool bChanges = false;
         try {
-            sNew = Rewritten(sOld);
+            bChanges = Rewrites(sOld);
         } catch (const RuntimeError& error) {
             g_Parser() = CParser();  // one that has overflowed stays so
             TakeRefused(plan, nLine, desktop);
@@ -111,9 +112,9 @@ RewritePlan PlanRewrite(std::string_view bytes, CollectingDesktop& desktop, Look
             return plan;
         }
         TakeRefused(plan, nLine, desktop);
-        if (sNew == sOld) continue;
+        if (!bChanges) continue;
         plan.changes.push_back(
-            {nLine, std::string(line.body), SystemCodePage().Encode(sNew), nPlace});
+            {nLine, std::string(line.body), SystemCodePage().Encode(g_sLine), nPlace});
         plan.sNewBytes.append(bytes.substr(nCopied, nPlace - nCopied))
             .append(plan.changes.back().sNew);
         nCopied = nPlace + line.body.size();
