@@ -53,9 +53,10 @@ class CommandRun {
         return {exit, out.str(), err.str()};
     }
 
-    // An empty database in its place.
+    // An empty database in its place, of the format that this run of the test program is for.
     void CreateDatabase() const {
-        const Outcome made = Run({"db", "create", Database().string()});
+        const Outcome made = Run({"db", "create", Database().string(), "--format",
+                                  std::string(WordOf(FormatUnderTest()))});
         ASSERT_EQ(made.exit, companion::ExitCode::Done) << made.err;
     }
     // Makes the file, and gives its path.

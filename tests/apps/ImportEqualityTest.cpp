@@ -1,5 +1,7 @@
 // The companion's import, which leaves alone what stands in the database already, against the
 // program's own pass over the same files.
+#include "adapters/jet/DefinitionPages.h"
+#include "adapters/jet/FilePages.h"
 #include "apps/BinaryRun.h"
 #include "apps/GeneratedFiles.h"
 #include "langtools/CodePage.h"
@@ -11,6 +13,7 @@ namespace fs = std::filesystem;
 using nomira::companion::ExitCode;
 using nomira::testing::BinaryRun;
 using nomira::testing::ExecuteOn;
+using nomira::testing::FormatUnderTest;
 using nomira::testing::Generator;
 using nomira::testing::kNumbers;
 using nomira::testing::kPrefixes;
@@ -19,6 +22,7 @@ using nomira::testing::Outcome;
 using nomira::testing::ProcessOutcome;
 using nomira::testing::QueryOn;
 using nomira::testing::RunProcess;
+using nomira::testing::StoreFormat;
 using nomira::testing::Strings;
 using nomira::testing::TextFile;
 using Table = std::vector<Strings>;
@@ -48,11 +52,26 @@ std::string Quoted(const std::string& bytes) {
     return "'" + sText + "'";
 }
 
-// Everything that a database has, with the numbers that it has given out.
+// The last number that the database has given to an item.
+Table LastNumber(const fs::path& database) {
+    namespace jet = nomira::jet;
+    if (FormatUnderTest() == StoreFormat::Sqlite)
+        return QueryOn(database, "SELECT name, seq FROM sqlite_sequence");
+    jet::AccessFile file(jet::FilePages::Open(database, jet::OpenMode::ReadOnly));
+    const std::uint32_t nPage = file.FindTable(u"Items")->Definition().nPage;
+    return {{std::to_string(jet::DefinitionCounters(file.Pages(), nPage).LastAutonumber())}};
+}
+
+// Everything that a database has. A row of an Access file has its number from the place where it
+// stands, which is nobody's business.
 std::vector<Table> Everything(const fs::path& database) {
-    return {QueryOn(database, "SELECT Key_id, quote(Module), quote(KeyString) FROM Items"),
-            QueryOn(database, "SELECT rowid, Key_id, Language_id, quote(String) FROM Messages"),
-            QueryOn(database, "SELECT name, seq FROM sqlite_sequence")};
+    const std::string sNumber = FormatUnderTest() == StoreFormat::Sqlite ? "rowid" : "0";
+    return {
+        QueryOn(database, "SELECT Key_id, quote(Module), quote(KeyString) FROM Items ORDER BY 1"),
+        QueryOn(database, "SELECT " + sNumber +
+                              ", Key_id, Language_id, quote(String) FROM Messages"
+                              " ORDER BY 1, 2, 3, 4"),
+        LastNumber(database)};
 }
 
 class ImportEqualityTest : public ::testing::Test {
@@ -70,7 +89,8 @@ class ImportEqualityTest : public ::testing::Test {
 
     // Rows as an import leaves them, and such as only others make.
     static std::string Rows(Generator& any) {
-        std::string sSql = "DELETE FROM Items; DELETE FROM Messages; DELETE FROM sqlite_sequence;";
+        std::string sSql = "DELETE FROM Items; DELETE FROM Messages;";
+        if (FormatUnderTest() == StoreFormat::Sqlite) sSql += "DELETE FROM sqlite_sequence;";
         int nId = 0;
         for (std::size_t n = any.UpTo(25); n > 0; --n) {
             nId += 1 + static_cast<int>(any.UpTo(2));

@@ -3,6 +3,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <limits>
+
+#include "adapters/jet/Catalogue.h"
+#include "adapters/jet/FilePages.h"
 #include "apps/CommandRun.h"
 
 namespace nomira::testing {
@@ -215,6 +219,117 @@ TEST_P(FormatTest, VerifyFindsDamage) {
     const Outcome found = run.Run({"db", "verify"});
     EXPECT_EQ(found.exit, ExitCode::Database);
     EXPECT_TRUE(Contains(found.err, "page ")) << found.err;
+}
+
+// --- What a new file doesn't have.
+
+// Adds to the Access file what the store doesn't have.
+template <typename Work>
+void Change(const fs::path& path, Work work) {
+    auto pages = jet::FilePages::Open(path, jet::OpenMode::ReadWrite);
+    jet::FilePages& store = *pages;
+    jet::AccessFile file(std::move(pages));
+    ASSERT_TRUE(store.StartWriting());
+    work(file);
+    store.Commit();
+    store.Rest();
+}
+
+void AddFormAndQuery(jet::AccessFile& file) {
+    constexpr std::int32_t kFirst = std::numeric_limits<std::int32_t>::min() + 100;
+    jet::AddObject(file, {kFirst, jet::kTablesParent, u"All names", 5, 0});
+    jet::AddObject(file, {kFirst + 1, 0x0F000005, u"Main", -32768, 0});
+}
+
+Strings LinesOf(const std::string& sText) {
+    std::istringstream stream(sText);
+    Strings lines;
+    for (std::string sLine; std::getline(stream, sLine);)
+        lines.push_back(sLine);
+    return lines;
+}
+
+TEST_P(FormatTest, ACompactionThatWouldLoseThingsTellsThemAndChangesNothingUnlessForced) {
+    if (!IsAccess()) GTEST_SKIP() << "other files have no forms";
+    ExecuteOn(run.Database(), kRows);
+    Change(run.Database(), AddFormAndQuery);
+    const std::string sBefore = CommandRun::Bytes(run.Database());
+    const Outcome refused = run.Run({"db", "compact"});
+    EXPECT_EQ(refused.exit, ExitCode::Refused);
+    EXPECT_EQ(LinesOf(refused.err).front(), "nomiractl: left out: the form Main");
+    EXPECT_EQ(LinesOf(refused.err).size(), 2U) << refused.err;
+    EXPECT_EQ(CommandRun::Bytes(run.Database()), sBefore);
+    const Outcome done = run.Run({"db", "compact", "--force", "--json"});
+    ASSERT_EQ(done.exit, ExitCode::Done) << done.err;
+    EXPECT_EQ(done.Json()["left_out"], nlohmann::json::parse(R"(["the form Main"])"));
+    EXPECT_EQ(run.Run({"db", "compact"}).exit, ExitCode::Done);
+    EXPECT_EQ(run.Run({"db", "verify"}).exit, ExitCode::Done);
+    EXPECT_EQ(QueryOn(run.Database(), kAllRows).size(), 4U);
+}
+
+TEST_P(FormatTest, AConversionTellsWhatTheNewFileDoesntHave) {
+    if (!IsAccess()) GTEST_SKIP() << "the next test's";
+    Change(run.Database(), [](jet::AccessFile& file) {
+        AddFormAndQuery(file);
+        file.CreateTable({.sName = u"Other", .columns = {{.sName = u"Id"}}, .indexes = {}});
+    });
+    for (const std::string sFormat : kFormats) {
+        const Outcome made =
+            run.Run({"db", "convert", run.Database().string(), Path(sFormat), "--format", sFormat});
+        ASSERT_EQ(made.exit, ExitCode::Done) << made.err;
+        EXPECT_EQ(LinesOf(made.err),
+                  sFormat == "sqlite"
+                      ? (Strings{"nomiractl: left out: the indexes and relationships of the table"
+                                 " Other",
+                                 "nomiractl: left out: the query All names",
+                                 "nomiractl: left out: the form Main"})
+                      : Strings{"nomiractl: left out: the form Main"});
+    }
+}
+
+TEST_P(FormatTest, AConversionTellsOfColumnsAndIndexesThatTheStoreDoesntHave) {
+    fs::remove(run.Database());
+    if (IsAccess()) {
+        using jet::ColumnType;
+        WriteAccessFile(
+            run.Database(),
+            std::string(GetParam()) == "jet3" ? StoreFormat::Jet3 : StoreFormat::Jet4,
+            {{.sName = u"Items",
+              .columns = {{.sName = u"Key_id", .bAutonumber = true},
+                          {.sName = u"Module", .type = ColumnType::Text, .nCharacters = 50},
+                          {.sName = u"KeyString", .type = ColumnType::Text, .nCharacters = 255},
+                          {.sName = u"Remark", .type = ColumnType::Memo}},
+              .indexes =
+                  {{.sName = u"PK", .columns = {u"Key_id"}, .bPrimary = true},
+                   {.sName = u"Keys", .columns = {u"KeyString"}},
+                   {.sName = u"OneEach", .columns = {u"KeyString", u"Module"}, .bUnique = true}}},
+             {.sName = u"Messages",
+              .columns = {{.sName = u"Key_id"},
+                          {.sName = u"Language_id"},
+                          {.sName = u"String", .type = ColumnType::Memo}},
+              .indexes = {{.sName = u"ByLanguage", .columns = {u"Language_id"}}}}});
+    } else {
+        std::ofstream(run.Database()).close();
+        ExecuteOn(run.Database(),
+                  "CREATE TABLE Items(Key_id INTEGER PRIMARY KEY, Module TEXT, KeyString TEXT,"
+                  " Remark TEXT, UNIQUE(KeyString,Module));"
+                  "CREATE TABLE Messages(Key_id INTEGER, Language_id INTEGER, String TEXT);"
+                  "CREATE INDEX ItemsByKey ON Items(KeyString, Module);"
+                  "CREATE INDEX ByLanguage ON Messages(Language_id);"
+                  "CREATE VIEW Both AS SELECT * FROM Items");
+    }
+    const std::string sOther = IsAccess() ? "sqlite" : "jet3";
+    const Outcome made =
+        run.Run({"db", "convert", run.Database().string(), Path("new"), "--format", sOther});
+    ASSERT_EQ(made.exit, ExitCode::Done) << made.err;
+    const std::string sLeftOut = "nomiractl: left out: the ";
+    EXPECT_EQ(LinesOf(made.err),
+              IsAccess() ? (Strings{sLeftOut + "column Remark of the table Items",
+                                    sLeftOut + "index OneEach of the table Items",
+                                    sLeftOut + "index ByLanguage of the table Messages"})
+                         : (Strings{sLeftOut + "column Remark of the table Items",
+                                    sLeftOut + "index sqlite_autoindex_Items_1",
+                                    sLeftOut + "index ByLanguage", sLeftOut + "view Both"}));
 }
 
 TEST(FormatsTest, AnUnknownFormatIsWrongUsage) {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "adapters/jet/FilePages.h"
 #include "apps/CommandRun.h"
 
 extern char** environ;
@@ -15,9 +16,12 @@ namespace {
 namespace fs = std::filesystem;
 using nomira::companion::ExitCode;
 using nomira::testing::CommandRun;
+using nomira::testing::CreateRefusingStore;
 using nomira::testing::ExecuteOn;
+using nomira::testing::FormatUnderTest;
 using nomira::testing::Outcome;
 using nomira::testing::QueryOn;
+using nomira::testing::StoreFormat;
 using Strings = std::vector<std::string>;
 
 bool Contains(const std::string& sText, const std::string& sPart) {
@@ -35,6 +39,27 @@ class NomiractlImportTest : public ::testing::Test {
     }
     std::string File() const { return (m_run.Root() / "in.txt").string(); }
     void Execute(const std::string& sSql) const { ExecuteOn(m_run.Database(), sSql); }
+    // The first item can't be deleted any more.
+    void RefuseDeletion() const {
+        namespace jet = nomira::jet;
+        if (FormatUnderTest() == StoreFormat::Sqlite) {
+            Execute(
+                "CREATE TRIGGER t BEFORE DELETE ON Items"
+                " BEGIN SELECT RAISE(ABORT,'other rows refer to the row'); END");
+            return;
+        }
+        auto pages = jet::FilePages::Open(m_run.Database(), jet::OpenMode::ReadWrite);
+        jet::FilePages& store = *pages;
+        jet::AccessFile file(std::move(pages));
+        ASSERT_TRUE(store.StartWriting());
+        jet::Table& notes =
+            file.CreateTable({.sName = u"Notes", .columns = {{.sName = u"Item"}}, .indexes = {}});
+        jet::Row row{std::int64_t{1}};
+        notes.Insert(row);
+        file.CreateRelationship({u"ItemsNotes", u"Items", u"Key_id", u"Notes", u"Item", false});
+        store.Commit();
+        store.Rest();
+    }
 
     // One class's row of a JSON report: lines, added, changed, unchanged, removed.
     static std::vector<int> Row(const nlohmann::json& report, const std::string& sClass) {
@@ -73,9 +98,16 @@ TEST_F(NomiractlImportTest, MergesOverWhatIsThereAndCountsByClass) {
 
 TEST_F(NomiractlImportTest, WhatStandsThereAlreadyIsNotWrittenOnceMore) {
     ASSERT_EQ(Import("IN_1 a\r\nIN_2 b\r\n").exit, ExitCode::Done);
-    Execute(
-        "CREATE TRIGGER Refuse BEFORE UPDATE ON Messages WHEN NEW.String='a'"
-        " BEGIN SELECT RAISE(ABORT,'no'); END");
+    if (FormatUnderTest() == StoreFormat::Sqlite) {
+        Execute(
+            "CREATE TRIGGER Refuse BEFORE UPDATE ON Messages WHEN NEW.String='a'"
+            " BEGIN SELECT RAISE(ABORT,'no'); END");
+    } else {
+        // Each change of a row changes the file.
+        const std::string sBefore = CommandRun::Bytes(m_run.Database());
+        ASSERT_EQ(Import("IN_1 a\r\nIN_2 b\r\nIN_1 a\r\n").exit, ExitCode::Done);
+        EXPECT_EQ(CommandRun::Bytes(m_run.Database()), sBefore);
+    }
     const Outcome again = Import("IN_1 a\r\nIN_2 c\r\nIN_1 a\r\n", {"--json"});
     EXPECT_EQ(again.exit, ExitCode::Done) << again.err;
     EXPECT_EQ(Row(again.Json(), "digital input"), (Counts{3, 0, 1, 1, 0}));
@@ -189,11 +221,9 @@ TEST_F(NomiractlImportTest, AKeyWithoutAMessageFailsTheWholeImport) {
 }
 
 TEST_F(NomiractlImportTest, ATextThatTheDatabaseRefusesFailsTheWholeImport) {
+    CreateRefusingStore(m_run.Database(), FormatUnderTest());
     ASSERT_EQ(Import("IN_1 old\r\n").exit, ExitCode::Done);
-    Execute(
-        "CREATE TRIGGER t BEFORE INSERT ON Messages WHEN NEW.String='bad'"
-        " BEGIN SELECT RAISE(ABORT,'no'); END");
-    const Outcome imported = Import("IN_1 new\r\nIN_2 bad\r\nIN_3 good\r\n", {"--json"});
+    const Outcome imported = Import("IN_1 new\r\nIN_2 a long text\r\nIN_3 good\r\n", {"--json"});
     EXPECT_EQ(imported.exit, ExitCode::Refused);
     EXPECT_EQ(imported.Json()["done"], false);
     EXPECT_EQ(imported.Json()["failed"][0]["line"], 2);
@@ -203,18 +233,18 @@ TEST_F(NomiractlImportTest, ATextThatTheDatabaseRefusesFailsTheWholeImport) {
 
 TEST_F(NomiractlImportTest, AWipeThatTheDatabaseRefusesFailsTheWholeImport) {
     ASSERT_EQ(Import("IN_1 old\r\n").exit, ExitCode::Done);
-    Execute("CREATE TRIGGER t BEFORE DELETE ON Items BEGIN SELECT RAISE(ABORT,'no wipe'); END");
+    RefuseDeletion();
     const Outcome imported = Import("IN_2 new\r\n", {"--overwrite"});
     EXPECT_EQ(imported.exit, ExitCode::Database);
-    EXPECT_TRUE(Contains(imported.err, "no wipe")) << imported.err;
+    EXPECT_TRUE(Contains(imported.err, "refer to the row")) << imported.err;
     EXPECT_EQ(m_run.Texts(), Strings{"IO IN_1 old"});
 }
 
 TEST_F(NomiractlImportTest, ShowsTheFirstFailuresOfVeryMany) {
-    Execute("CREATE TRIGGER t BEFORE INSERT ON Items BEGIN SELECT RAISE(ABORT,'no'); END");
+    CreateRefusingStore(m_run.Database(), FormatUnderTest());
     std::string sLines;
     for (int n = 0; n < 500; ++n)
-        sLines += "IN_" + std::to_string(n) + " x\r\n";
+        sLines += "IN_" + std::to_string(n) + " a long text\r\n";
     const Outcome imported = Import(sLines);
     EXPECT_EQ(std::count(imported.err.begin(), imported.err.end(), '\n'), 21) << imported.err;
     EXPECT_TRUE(Contains(imported.err, "500 lines could not be stored")) << imported.err;

@@ -6,9 +6,12 @@ namespace {
 namespace fs = std::filesystem;
 using nomira::companion::ExitCode;
 using nomira::testing::CommandRun;
+using nomira::testing::CreateRefusingStore;
 using nomira::testing::ExecuteOn;
+using nomira::testing::FormatUnderTest;
 using nomira::testing::Outcome;
 using nomira::testing::QueryOn;
+using nomira::testing::StoreFormat;
 using Strings = std::vector<std::string>;
 
 bool Contains(const std::string& sText, const std::string& sPart) {
@@ -153,6 +156,9 @@ TEST_F(NomiractlSetTest, VerifyTellsAWholeDatabaseFromADamagedOne) {
     const Outcome whole = m_run.Run({"db", "verify"});
     ExpectDone(whole);
     EXPECT_TRUE(Contains(whole.out, "4 keys, whole")) << whole.out;
+    // The relationship of an Access file would refuse it.
+    if (FormatUnderTest() != StoreFormat::Sqlite)
+        CreateRefusingStore(m_run.Database(), FormatUnderTest());
     ExecuteOn(m_run.Database(), "INSERT INTO Messages VALUES(99,99,'lost')");
     const Outcome lost = m_run.Run({"db", "verify"});
     EXPECT_EQ(lost.exit, ExitCode::Database);

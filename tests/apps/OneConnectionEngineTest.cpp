@@ -1,5 +1,6 @@
 #include "apps/nomiractl/OneConnectionEngine.h"
 
+#include "adapters/jet/FilePages.h"
 #include "database/adoModul.h"
 #include "langtools/RuntimeError.h"
 #include "testing/Raised.h"
@@ -10,6 +11,7 @@ namespace nomira::companion {
 namespace {
 
 using nomira::testing::Raised;
+using nomira::testing::StoreFormat;
 using nomira::testing::TestDatabase;
 
 class OneConnectionEngineTest : public ::testing::Test {
@@ -20,7 +22,13 @@ class OneConnectionEngineTest : public ::testing::Test {
                         kOptionUnspecified);
         return recordset;
     }
-    std::size_t StoredTexts() const { return m_database.Query("SELECT * FROM Messages").size(); }
+    // As another process sees them; those of this one share an Access file.
+    std::size_t StoredTexts() const {
+        if (m_database.Format() == StoreFormat::Sqlite)
+            return m_database.Query("SELECT * FROM Messages").size();
+        jet::AccessFile file(jet::FilePages::Open(m_database.Path(), jet::OpenMode::ReadOnly));
+        return file.FindTable(u"Messages")->RowCount();
+    }
 
     TestDatabase m_database;
 };

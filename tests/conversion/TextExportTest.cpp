@@ -319,11 +319,14 @@ TEST_F(TextExportTest, TheFileIsTheDumpAndOneMoreCrLf) {
 }
 
 TEST_F(TextExportTest, TheFileIsInTheSystemsCodePage) {
-    if (db.Format() == StoreFormat::Jet3) GTEST_SKIP() << "its texts are in the code page already";
-    StoreSql("IO", "IN_1", "'\xC2\xB5m \xE2\x82\xAC \xCE\xA9'");  // the last is not in the page
+    // Jet 3 has no character that the page lacks.
+    const bool bBeyond = db.Format() != StoreFormat::Jet3;
+    StoreSql("IO", "IN_1",
+             bBeyond ? "'\xC2\xB5m \xE2\x82\xAC \xCE\xA9'" : "'\xC2\xB5m \xE2\x82\xAC'");
     machine.files.PutDirectory(u"C:\\data");
     DbIntoText(kFile);
-    EXPECT_EQ(machine.files.Bytes(kFile), "IN_1 \xB5m \x80 ?\r\n\r\n");
+    EXPECT_EQ(machine.files.Bytes(kFile),
+              bBeyond ? "IN_1 \xB5m \x80 ?\r\n\r\n" : "IN_1 \xB5m \x80\r\n\r\n");
 }
 
 TEST_F(TextExportTest, AnExistingFileIsReplacedWhole) {

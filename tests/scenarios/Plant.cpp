@@ -30,7 +30,7 @@ Plant::Plant()
                 [this](TextView sPath) { return m_machine.prefix.NativePath(sPath); }) {
     for (const char* sFolder : {"tqx/Data", "tqx/Roboter/TQX/R1"})
         fs::create_directories(OnDriveC(sFolder));
-    sqlite::CreateStore(Database());
+    sqlite::CreateStore(Database(), FormatUnderTest());
     SetDatabaseEngine(&m_engine);
 }
 
@@ -70,7 +70,7 @@ void Plant::AddEmptyDrive(char cLetter) const {
 
 fs::path Plant::CreateCatalogue() const {
     fs::path path = OnDriveC("tqx/Data/orvo_tab.mdb");
-    sqlite::CreateStore(path);
+    sqlite::CreateStore(path, FormatUnderTest());
     return path;
 }
 

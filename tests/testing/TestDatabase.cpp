@@ -3,12 +3,15 @@
 #include <sqlite3.h>
 #include <stdlib.h>
 
+#include <fstream>
 #include <memory>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
 #include "adapters/jet/Checker.h"
 #include "adapters/jet/FilePages.h"
+#include "adapters/jet/MemoryPages.h"
 #include "adapters/sqlite/JetDatabase.h"
 #include "adapters/sqlite/SqliteFile.h"
 #include "database/DatabaseEngine.h"
@@ -95,6 +98,60 @@ StoreFormat FormatUnderTest() {
     throw std::runtime_error(std::string("no such store format: ") + sWord);
 }
 
+std::string_view WordOf(StoreFormat format) {
+    for (const FormatWord& word : kFormatWords)
+        if (word.format == format) return word.sWord;
+    throw std::runtime_error("a store format without a word");
+}
+
+void WriteAccessFile(const fs::path& path, StoreFormat format,
+                     const std::vector<jet::NewTable>& tables) {
+    auto pages = std::make_unique<jet::MemoryPages>(
+        format == StoreFormat::Jet3 ? jet::Generation::Jet3 : jet::Generation::Jet4);
+    jet::MemoryPages& memory = *pages;
+    jet::AccessFile::CreateEmpty(memory);
+    jet::AccessFile file(std::move(pages));
+    for (const jet::NewTable& table : tables)
+        file.CreateTable(table);
+    memory.Commit();
+    const jet::Bytes bytes = memory.File();
+    fs::remove(path);
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+}
+
+void CreateRefusingStore(const fs::path& path, StoreFormat format) {
+    if (format != StoreFormat::Sqlite) {
+        using jet::ColumnType;
+        const auto text = [](const char16_t* sName) {
+            return jet::NewColumn{.sName = sName, .type = ColumnType::Text, .nCharacters = 10};
+        };
+        WriteAccessFile(
+            path, format,
+            {{.sName = u"Items",
+              .columns = {{.sName = u"Key_id", .bAutonumber = true},
+                          text(u"Module"),
+                          text(u"KeyString")},
+              .indexes = {}},
+             {.sName = u"Messages",
+              .columns = {{.sName = u"Key_id"}, {.sName = u"Language_id"}, text(u"String")},
+              .indexes = {}}});
+        return;
+    }
+    fs::remove(path);
+    sqlite::CreateStore(path, format);
+    const auto refuse = [&](const std::string& sEvent, const std::string& sTable,
+                            const std::string& sColumn) {
+        ExecuteOn(path, "CREATE TRIGGER " + sEvent + sTable + " BEFORE " + sEvent + " ON " +
+                            sTable + " WHEN length(NEW." + sColumn +
+                            ")>10 BEGIN SELECT RAISE(ABORT,'no'); END");
+    };
+    refuse("INSERT", "Items", "KeyString");
+    refuse("INSERT", "Messages", "String");
+    refuse("UPDATE", "Messages", "String");
+}
+
 TestDatabase::TestDatabase(const fs::path& parent, sqlite::Clock clock, StoreFormat format)
     : m_format(format),
       m_folder(parent.empty() ? DefaultParent() : parent),
@@ -116,6 +173,16 @@ std::vector<std::vector<std::string>> TestDatabase::Query(const std::string& sSq
     return QueryOn(Path(), sSql);
 }
 
+std::string TestDatabase::FilesInFolder() const {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(Folder()))
+        names.insert(entry.path().filename().string());
+    std::string sNames;
+    for (const std::string& sName : names)
+        sNames += sName + ' ';
+    return sNames;
+}
+
 fs::path TestDatabase::FileOf(TextView sPath) const {
     const std::size_t nName = sPath.find_last_of(u"\\/") + 1;
     return m_folder / ToUtf8(LCase(sPath.substr(nName)));
@@ -132,13 +199,17 @@ fs::path TestDatabase::CreateCatalogue() const {
 }
 
 std::vector<std::string> TestDatabase::Damage() const {
+    return DamageOn(Path());
+}
+
+std::vector<std::string> DamageOn(const fs::path& path) {
     std::vector<std::string> damage;
-    if (m_format == StoreFormat::Sqlite) {
-        for (const auto& row : Query("PRAGMA integrity_check; PRAGMA foreign_key_check"))
+    if (!IsAccessFile(path)) {
+        for (const auto& row : QueryOn(path, "PRAGMA integrity_check; PRAGMA foreign_key_check"))
             if (row.front() != "ok") damage.push_back(row.front());
         return damage;
     }
-    jet::AccessFile file(jet::FilePages::Open(Path(), jet::OpenMode::ReadOnly));
+    jet::AccessFile file(jet::FilePages::Open(path, jet::OpenMode::ReadOnly));
     for (const jet::Finding& finding : jet::CheckFile(file))
         damage.push_back("page " + std::to_string(finding.nPage) + ": " + finding.sText);
     return damage;

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "adapters/jet/AccessFile.h"
 #include "adapters/sqlite/SqliteEngine.h"
 #include "adapters/sqlite/StoreSchema.h"
 #include "testing/TemporaryFolder.h"
@@ -19,6 +20,15 @@ using sqlite::StoreFormat;
 
 // The one that this run of the test program is for.
 StoreFormat FormatUnderTest();
+// As NOMIRA_TEST_STORE and the companion's --format have it.
+std::string_view WordOf(StoreFormat format);
+
+// A new Access file with these tables alone, whatever lies at the path.
+void WriteAccessFile(const std::filesystem::path& path, StoreFormat format,
+                     const std::vector<jet::NewTable>& tables);
+
+// A store that refuses keys and texts of more than ten characters, in the place of what is there.
+void CreateRefusingStore(const std::filesystem::path& path, StoreFormat format);
 
 class TestDatabase {
   public:
@@ -47,6 +57,8 @@ class TestDatabase {
     // The store's file.
     std::filesystem::path Path() const { return m_folder / "orvo_con.mdb"; }
     std::filesystem::path Folder() const { return m_folder.Path(); }
+    // The names of all files there in their order, each with a blank behind it.
+    std::string FilesInFolder() const;
     // Where a path of the program leads to.
     std::filesystem::path FileOf(TextView sPath) const;
     // Removes the store's file.
@@ -63,9 +75,10 @@ class TestDatabase {
     sqlite::SqliteEngine m_engine;
 };
 
-// The same as Execute and Query, on any file.
+// The same as Execute, Query and Damage, on any file.
 void ExecuteOn(const std::filesystem::path& path, const std::string& sSql);
 std::vector<std::vector<std::string>> QueryOn(const std::filesystem::path& path,
                                               const std::string& sSql);
+std::vector<std::string> DamageOn(const std::filesystem::path& path);
 
 }  // namespace nomira::testing

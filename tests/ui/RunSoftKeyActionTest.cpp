@@ -163,8 +163,9 @@ TEST_F(RunSoftKeyActionTest, WhatIsDoneIsShownWhileItIsDone) {
 TEST_F(RunSoftKeyActionTest, WithoutAnEditTheDatabaseIsCompactedAllTheSame) {
     Store("IO", "IN_1", "Gate");
     db.Execute(
-        "CREATE TABLE Ballast(x); INSERT INTO Ballast VALUES(zeroblob(200000));"
-        "DROP TABLE Ballast");
+        "WITH RECURSIVE n(i) AS (SELECT 100 UNION ALL SELECT i+1 FROM n LIMIT 200)"
+        " INSERT INTO Messages SELECT 1,i,printf('%01000d',i) FROM n;"
+        "DELETE FROM Messages WHERE Language_id>99");
     const auto nBefore = std::filesystem::file_size(db.Path());
     LoadPendant();
     PressSoft(0);

@@ -44,41 +44,30 @@ double Now() {
     return kDaysTo1970 + static_cast<double>(::timegm(&local)) / kSecondsOfDay;
 }
 
-// The mask of the file, as the engine's own objects show it.
-std::array<std::uint8_t, 2> OwnerMask(SystemTable& objects) {
-    for (auto scan = objects.Rows().Rows(); !scan.AtEnd(); scan.Next()) {
-        if (IntegerOr0(objects.Read(scan.Place(), u"Id")) != kObjectsTable) continue;
-        const Bytes owner = BytesOf(objects.Read(scan.Place(), u"Owner"));
-        if (owner.size() != kEngine.size()) break;
-        return {static_cast<std::uint8_t>(owner[0] ^ kEngine[0]),
-                static_cast<std::uint8_t>(owner[1] ^ kEngine[1])};
-    }
-    return {};
-}
-
 Bytes Masked(std::array<std::uint8_t, 2> owner, std::array<std::uint8_t, 2> mask) {
     return {static_cast<std::uint8_t>(owner[0] ^ mask[0]),
             static_cast<std::uint8_t>(owner[1] ^ mask[1])};
 }
 
-struct Grant {
-    Bytes who;
-    std::int64_t nRights;
-};
-
 // What objects inherit from their parent, for those whom the file alone knows: the others'
 // identities are two bytes long in every file.
-std::vector<Grant> InheritedGrants(SystemTable& rights, std::int32_t nParent) {
-    std::vector<Grant> grants;
-    for (auto scan = rights.Rows().Rows(); !scan.AtEnd(); scan.Next()) {
-        const RowPlace place = scan.Place();
-        if (IntegerOr0(rights.Read(place, u"ObjectId")) != nParent ||
-            rights.Read(place, u"FInheritable") != Value(true))
-            continue;
-        Grant grant{BytesOf(rights.Read(place, u"SID")), IntegerOr0(rights.Read(place, u"ACM"))};
-        if (grant.who.size() > kAdmin.size()) grants.push_back(std::move(grant));
-    }
+std::vector<Grant> InheritedGrants(AccessFile& file, std::int32_t nParent) {
+    std::vector<Grant> grants = GrantsOf(file, nParent);
+    std::erase_if(grants, [](const Grant& grant) {
+        return !grant.bInheritable || grant.who.size() <= kAdmin.size();
+    });
+    for (Grant& grant : grants)
+        grant.bInheritable = false;
     return grants;
+}
+
+void AddGrants(AccessFile& file, std::int32_t nObject, const std::vector<Grant>& grants) {
+    SystemTable rights(file, kRightsTable);
+    for (const Grant& grant : grants)
+        rights.Insert({{u"ObjectId", std::int64_t{nObject}},
+                       {u"SID", grant.who},
+                       {u"ACM", grant.nRights},
+                       {u"FInheritable", grant.bInheritable}});
 }
 
 }  // namespace
@@ -119,9 +108,56 @@ std::int32_t NextObjectId(const std::vector<CatalogueEntry>& entries) {
     return nNext;
 }
 
-void AddObject(AccessFile& file, const CatalogueEntry& entry) {
+std::array<std::uint8_t, 2> OwnerMask(AccessFile& file) {
     SystemTable objects(file, kObjectsTable);
-    const auto mask = OwnerMask(objects);
+    for (auto scan = objects.Rows().Rows(); !scan.AtEnd(); scan.Next()) {
+        if (IntegerOr0(objects.Read(scan.Place(), u"Id")) != kObjectsTable) continue;
+        // It is the engine's own.
+        const Bytes owner = BytesOf(objects.Read(scan.Place(), u"Owner"));
+        if (owner.size() != kEngine.size()) break;
+        return {static_cast<std::uint8_t>(owner[0] ^ kEngine[0]),
+                static_cast<std::uint8_t>(owner[1] ^ kEngine[1])};
+    }
+    return {};
+}
+
+std::vector<Grant> GrantsOf(AccessFile& file, std::int32_t nObject) {
+    SystemTable rights(file, kRightsTable);
+    std::vector<Grant> grants;
+    for (auto scan = rights.Rows().Rows(); !scan.AtEnd(); scan.Next()) {
+        const RowPlace place = scan.Place();
+        if (IntegerOr0(rights.Read(place, u"ObjectId")) != nObject) continue;
+        grants.push_back({BytesOf(rights.Read(place, u"SID")),
+                          IntegerOr0(rights.Read(place, u"ACM")),
+                          rights.Read(place, u"FInheritable") == Value(true)});
+    }
+    return grants;
+}
+
+void SetGrants(AccessFile& file, std::int32_t nObject, const std::vector<Grant>& grants) {
+    SystemTable rights(file, kRightsTable);
+    for (auto scan = rights.Rows().Rows(); !scan.AtEnd(); scan.Next())
+        if (IntegerOr0(rights.Read(scan.Place(), u"ObjectId")) == nObject)
+            rights.Rows().Delete(scan.Place());
+    AddGrants(file, nObject, grants);
+}
+
+std::vector<Grant> UsualGrants(AccessFile& file, const CatalogueEntry& entry) {
+    const auto mask = OwnerMask(file);
+    const Rights& given = entry.IsTable() ? kTableRights : kRelationshipRights;
+    std::vector<Grant> grants{{Masked(kAdmin, mask), given.nAdmin},
+                              {Masked(kUsers, mask), given.nUsers}};
+    const std::vector<Grant> inherited = InheritedGrants(file, entry.nParent);
+    grants.insert(grants.end(), inherited.begin(), inherited.end());
+    return grants;
+}
+
+void AddObject(AccessFile& file, const CatalogueEntry& entry) {
+    AddObject(file, entry, UsualGrants(file, entry));
+}
+
+void AddObject(AccessFile& file, const CatalogueEntry& entry, const std::vector<Grant>& grants) {
+    SystemTable objects(file, kObjectsTable);
     const double dNow = Now();
     objects.Insert(
         {{u"Id", std::int64_t{entry.nId}},
@@ -130,18 +166,9 @@ void AddObject(AccessFile& file, const CatalogueEntry& entry) {
          {u"Type", std::int64_t{entry.nType}},
          {u"DateCreate", dNow},
          {u"DateUpdate", dNow},
-         {u"Owner", Masked(kAdmin, mask)},
+         {u"Owner", Masked(kAdmin, OwnerMask(file))},
          {u"Flags", static_cast<std::int64_t>(static_cast<std::int32_t>(entry.nFlags))}});
-    const Rights& given = entry.IsTable() ? kTableRights : kRelationshipRights;
-    SystemTable rights(file, kRightsTable);
-    std::vector<Grant> grants = InheritedGrants(rights, entry.nParent);
-    grants.insert(grants.begin(),
-                  {{Masked(kAdmin, mask), given.nAdmin}, {Masked(kUsers, mask), given.nUsers}});
-    for (const Grant& grant : grants)
-        rights.Insert({{u"ObjectId", std::int64_t{entry.nId}},
-                       {u"SID", grant.who},
-                       {u"ACM", grant.nRights},
-                       {u"FInheritable", false}});
+    AddGrants(file, entry.nId, grants);
 }
 
 void RequireName(std::u16string_view sName) {

@@ -10,15 +10,17 @@
 
 #include "adapters/jet/Catalogue.h"
 #include "adapters/jet/DefinitionPages.h"
+#include "adapters/jet/Header.h"
 #include "adapters/jet/MemoryPages.h"
 #include "adapters/jet/Names.h"
+#include "adapters/jet/Owners.h"
 #include "adapters/jet/PageAllocator.h"
+#include "adapters/jet/Properties.h"
 #include "adapters/jet/TablePages.h"
 
 namespace nomira::jet {
 namespace {
 
-constexpr std::uint32_t kQueriesTable = 4;
 constexpr std::uint16_t kDoubleBytes = 8;
 constexpr std::uint16_t kMostBinaryBytes = 255;  // in Jet 3
 constexpr std::size_t kNumericBytes = 17;
@@ -30,6 +32,7 @@ enum class Fate {
     Made,     // every new file has it, or the maker's program adds it
     LeftOut,  // and told of
 };
+constexpr std::int16_t kDocument = -32757;
 struct ObjectKind {
     std::int16_t nType;
     const char* sWord;
@@ -47,9 +50,23 @@ constexpr ObjectKind kObjectKinds[]{
     {-32766, "the macro", Fate::LeftOut},
     {-32764, "the report", Fate::LeftOut},
     {-32761, "the module", Fate::LeftOut},
-    {-32757, "the document", Fate::Made},
+    {kDocument, "the document", Fate::Copied},
     {-32756, "the data access page", Fate::LeftOut},
 };
+
+// The database itself, and the system's tables and containers, which are in every file.
+constexpr std::int32_t kDatabase = 0x10000000;
+constexpr std::int32_t kObjectsOfEveryFile[]{static_cast<std::int32_t>(kObjectsTable),
+                                             static_cast<std::int32_t>(kRightsTable),
+                                             static_cast<std::int32_t>(kQueriesTable),
+                                             static_cast<std::int32_t>(kRelationshipsTable),
+                                             kTablesParent,
+                                             kDatabasesParent,
+                                             kRelationshipsParent,
+                                             kDatabase};
+
+// Properties of the database by which the maker's program knows what it has put into the file.
+constexpr std::u16string_view kProgramsMarks[]{u"AccessVersion", u"Build", u"ProjVer"};
 
 // Tables for forms, modules and the like, which the maker's program adds to each file that it
 // opens. What it keeps in them has entries of its own in the catalogue.
@@ -67,6 +84,21 @@ constexpr std::u16string_view kMadeAnew[]{u"MSysAccessObjects",
 bool IsMadeAnew(std::u16string_view sTable) {
     return std::any_of(std::begin(kMadeAnew), std::end(kMadeAnew),
                        [&](std::u16string_view sKnown) { return SameName(sKnown, sTable); });
+}
+
+const ObjectKind* KindOf(const CatalogueEntry& entry) {
+    const auto* kind =
+        std::find_if(std::begin(kObjectKinds), std::end(kObjectKinds),
+                     [&](const ObjectKind& known) { return known.nType == entry.nType; });
+    return kind == std::end(kObjectKinds) ? nullptr : kind;
+}
+
+// Whether a new file has it without anybody's doing.
+bool IsMade(const CatalogueEntry& entry) {
+    // Documents of other containers go with what is in those.
+    if (entry.nType == kDocument) return entry.nParent != kDatabasesParent;
+    const ObjectKind* kind = KindOf(entry);
+    return kind != nullptr && kind->fate == Fate::Made;
 }
 
 // For words in messages.
@@ -87,6 +119,21 @@ std::u16string TextIn(const Value& value) {
     return sValue == nullptr ? std::u16string() : *sValue;
 }
 
+std::string InWords(const CatalogueEntry& entry) {
+    const ObjectKind* kind = KindOf(entry);
+    return std::string(kind == nullptr ? "the object" : kind->sWord) + ' ' + Narrow(entry.sName);
+}
+
+std::string PropertiesInWords(std::u16string_view sObject) {
+    return "the captions, formats and rules of " + Narrow(sObject);
+}
+
+std::optional<RowPlace> FindEntry(SystemTable& objects, std::int32_t nId) {
+    for (auto scan = objects.Rows().Rows(); !scan.AtEnd(); scan.Next())
+        if (IntegerIn(objects.Read(scan.Place(), u"Id")) == nId) return scan.Place();
+    return std::nullopt;
+}
+
 // A Numeric column's value, for a generation that has none.
 Value NumericAsDouble(const Value& value, int nScale) {
     const auto* bytes = std::get_if<Bytes>(&value);
@@ -104,6 +151,7 @@ Value NumericAsDouble(const Value& value, int nScale) {
 
 // A table of the source, and what its copy is like.
 struct CopiedTable {
+    std::u16string sName;
     Table* source;
     std::vector<std::size_t> columns;  // of the source's definition, in the order of the copy
     std::uint32_t nPage = 0;           // of the copy's definition
@@ -198,9 +246,18 @@ class DefinitionMaker {
 class Compaction {
   public:
     Compaction(AccessFile& source, AccessFile& target, std::vector<std::string>& leftOut)
-        : m_source(source), m_target(target), m_leftOut(leftOut), m_entries(source.Catalogue()) {}
+        : m_source(source),
+          m_target(target),
+          m_leftOut(leftOut),
+          m_entries(source.Catalogue()),
+          m_sourceOwners(source),
+          m_targetOwners(target) {}
 
     void Run() {
+        TellProtection();
+        for (const std::int32_t nId : kObjectsOfEveryFile)
+            CarryRights(nId);
+        CarryDatabase();
         for (const CatalogueEntry& entry : m_entries)
             if (entry.IsTable()) TakeTable(entry);
         for (const auto& [nPage, table] : m_tables)
@@ -208,11 +265,10 @@ class Compaction {
         for (const auto& [nPage, table] : m_tables)
             CopyRelationships(table);
         for (const CatalogueEntry& entry : m_entries)
-            if (!entry.IsTable()) TakeObject(entry);
-        CopyRowsOf(kRelationshipsTable, [this](const RowReader& row) {
-            return HasTable(TextIn(row(u"szObject"))) &&
-                   HasTable(TextIn(row(u"szReferencedObject")));
-        });
+            if (!entry.IsTable() && entry.nType != kRelationshipObject) TakeObject(entry);
+        for (const CatalogueEntry& entry : m_entries)
+            if (entry.nType == kRelationshipObject) TakeRelationship(entry);
+        CopyRowsOf(kRelationshipsTable, [this](const RowReader& row) { return HasBothSides(row); });
         CopyRowsOf(kQueriesTable, [this](const RowReader& row) {
             return m_copied.contains(static_cast<std::int32_t>(IntegerIn(row(u"ObjectId"))));
         });
@@ -221,8 +277,16 @@ class Compaction {
   private:
     using RowReader = std::function<Value(std::u16string_view)>;
 
+    void TellProtection() {
+        const Header header = ReadHeader(m_source.Pages().Read(0));
+        if (header.bHasPassword) m_leftOut.emplace_back("the password");
+        if (header.nKey != 0) m_leftOut.emplace_back("the cipher on the file's pages");
+    }
+
+    // --- Tables.
+
     void TakeTable(const CatalogueEntry& entry) {
-        if (entry.nId <= static_cast<std::int32_t>(kSystemTables)) return;
+        if (entry.nId <= static_cast<std::int32_t>(kRelationshipsTable)) return;
         if (entry.IsSystem()) {
             if (!IsMadeAnew(entry.sName) &&
                 m_source.TableAt(static_cast<std::uint32_t>(entry.nId)).RowCount() > 0)
@@ -230,12 +294,12 @@ class Compaction {
                                     ", which is the maker's program's own");
             return;
         }
-        InWords(entry.sName, [&] { CopyDefinition(entry); });
+        WithName(entry.sName, [&] { CopyDefinition(entry); });
     }
 
     // Whose table it is belongs to what goes wrong with it.
     template <typename Work>
-    static void InWords(std::u16string_view sTable, Work work) {
+    static void WithName(std::u16string_view sTable, Work work) {
         try {
             work();
         } catch (const Failure& failure) {
@@ -245,9 +309,10 @@ class Compaction {
 
     void CopyDefinition(const CatalogueEntry& entry) {
         const auto nPage = static_cast<std::uint32_t>(entry.nId);
-        CopiedTable copied{&m_source.TableAt(nPage), {}, 0};
+        CopiedTable copied{entry.sName, &m_source.TableAt(nPage), {}, 0};
         SystemTable objects(m_target, kObjectsTable);
         const Column pattern = objects.Rows().Definition().columns[objects.Column(u"Name")];
+        TellSortOrder(copied, pattern);
         DefinitionMaker maker(copied.source->Definition(), m_source.Pages().Format(),
                               m_target.Pages().Format(), pattern);
         TableDefinition definition = maker.Make(copied.columns);
@@ -258,12 +323,20 @@ class Compaction {
         made.nId = static_cast<std::int32_t>(definition.nPage);
         made.nParent = kTablesParent;
         AddEntry(made, entry);
-        m_names.emplace(nPage, entry.sName);
         m_tables.emplace(nPage, std::move(copied));
     }
 
+    void TellSortOrder(const CopiedTable& table, const Column& pattern) {
+        const auto& columns = table.source->Definition().columns;
+        if (std::any_of(columns.begin(), columns.end(), [&](const Column& column) {
+                return column.IsText() && (column.nSortOrder != pattern.nSortOrder ||
+                                           column.nSortVersion != pattern.nSortVersion);
+            }))
+            m_leftOut.push_back("the sort order of texts in the table " + Narrow(table.sName));
+    }
+
     void CopyRows(const CopiedTable& table) {
-        InWords(NameOf(table), [&] {
+        WithName(table.sName, [&] {
             Table& copy = m_target.TableAt(table.nPage);
             for (auto scan = table.source->Rows(); !scan.AtEnd(); scan.Next()) {
                 Row row = Converted(table, table.source->Read(scan.Place()));
@@ -307,44 +380,55 @@ class Compaction {
         m_target.TableAt(table.nPage).Refresh();
     }
 
+    // --- Other objects.
+
     void TakeObject(const CatalogueEntry& entry) {
-        const auto* kind =
-            std::find_if(std::begin(kObjectKinds), std::end(kObjectKinds),
-                         [&](const ObjectKind& known) { return known.nType == entry.nType; });
-        const bool bKnown = kind != std::end(kObjectKinds);
-        if (bKnown && kind->fate == Fate::Made) return;
-        const std::string sWord = bKnown ? kind->sWord : "the object";
-        if (!bKnown || kind->fate == Fate::LeftOut) {
-            m_leftOut.push_back(sWord + ' ' + Narrow(entry.sName));
+        if (IsMade(entry)) return;
+        const ObjectKind* kind = KindOf(entry);
+        if (kind == nullptr || kind->fate == Fate::LeftOut) {
+            m_leftOut.push_back(InWords(entry));
             return;
         }
         m_copied.insert(entry.nId);
         AddEntry(entry, entry);
     }
 
-    // Enters the object, with what the source's catalogue says of it.
-    void AddEntry(const CatalogueEntry& made, const CatalogueEntry& from) {
-        AddObject(m_target, made);
-        SystemTable source(m_source, kObjectsTable);
-        SystemTable target(m_target, kObjectsTable);
-        const auto placeFrom = FindEntry(source, from);
-        const auto placeMade = FindEntry(target, made);
-        if (!placeFrom || !placeMade) return;
-        Row row = target.Rows().Read(*placeMade);
-        for (const std::u16string_view sColumn : kCarriedColumns)
-            row[target.Column(sColumn)] = source.Read(*placeFrom, sColumn);
-        const Value properties = source.Read(*placeFrom, u"LvProp");
-        if (m_source.Kind() == m_target.Kind())
-            row[target.Column(u"LvProp")] = properties;
-        else if (!IsNull(properties))
-            m_leftOut.push_back("the captions, formats and rules of " + Narrow(from.sName));
-        target.Rows().Update(*placeMade, row);
+    // One of tables that aren't in the new file isn't either.
+    void TakeRelationship(const CatalogueEntry& entry) {
+        SystemTable rows(m_source, kRelationshipsTable);
+        bool bWhole = false;
+        bool bOfSystem = false;
+        for (auto scan = rows.Rows().Rows(); !scan.AtEnd(); scan.Next()) {
+            const RowReader read = [&](auto sColumn) { return rows.Read(scan.Place(), sColumn); };
+            if (!SameName(TextIn(read(u"szRelationship")), entry.sName)) continue;
+            bWhole = HasBothSides(read);
+            bOfSystem = IsSystemTable(TextIn(read(u"szObject"))) ||
+                        IsSystemTable(TextIn(read(u"szReferencedObject")));
+        }
+        if (bWhole)
+            AddEntry(entry, entry);
+        else if (!bOfSystem)
+            m_leftOut.push_back(InWords(entry));
     }
 
-    static std::optional<RowPlace> FindEntry(SystemTable& objects, const CatalogueEntry& entry) {
-        for (auto scan = objects.Rows().Rows(); !scan.AtEnd(); scan.Next())
-            if (IntegerIn(objects.Read(scan.Place(), u"Id")) == entry.nId) return scan.Place();
-        return std::nullopt;
+    bool HasBothSides(const RowReader& relationship) const {
+        return IsCopied(TextIn(relationship(u"szObject"))) &&
+               IsCopied(TextIn(relationship(u"szReferencedObject")));
+    }
+
+    // Tables, queries and links have their names in common.
+    bool IsCopied(std::u16string_view sName) const {
+        return std::any_of(m_entries.begin(), m_entries.end(), [&](const CatalogueEntry& entry) {
+            return SameName(entry.sName, sName) &&
+                   (entry.IsTable() ? m_tables.contains(static_cast<std::uint32_t>(entry.nId))
+                                    : m_copied.contains(entry.nId));
+        });
+    }
+
+    bool IsSystemTable(std::u16string_view sName) const {
+        return std::any_of(m_entries.begin(), m_entries.end(), [&](const CatalogueEntry& entry) {
+            return entry.IsTable() && entry.IsSystem() && SameName(entry.sName, sName);
+        });
     }
 
     // Rows of a table of the system: all columns that both files have.
@@ -366,29 +450,138 @@ class Compaction {
         }
     }
 
-    bool HasTable(std::u16string_view sName) const {
-        return std::any_of(m_names.begin(), m_names.end(),
-                           [&](const auto& name) { return SameName(name.second, sName); });
-    }
-    std::u16string_view NameOf(const CopiedTable& table) const {
-        return m_names.at(table.source->Definition().nPage);
+    // --- What the catalogue says of an object.
+
+    void AddEntry(const CatalogueEntry& made, const CatalogueEntry& from) {
+        const std::vector<Grant> grants = CarriedGrants(from);
+        if (grants.empty())
+            AddObject(m_target, made);
+        else
+            AddObject(m_target, made, grants);
+        SystemTable source(m_source, kObjectsTable);
+        SystemTable target(m_target, kObjectsTable);
+        const auto placeFrom = FindEntry(source, from.nId);
+        const auto placeMade = FindEntry(target, made.nId);
+        if (!placeFrom || !placeMade) return;
+        Row row = target.Rows().Read(*placeMade);
+        for (const std::u16string_view sColumn : kCarriedColumns)
+            row[target.Column(sColumn)] = source.Read(*placeFrom, sColumn);
+        CarryOwner(source.Read(*placeFrom, u"Owner"), row[target.Column(u"Owner")], from);
+        row[target.Column(u"LvProp")] = CarriedProperties(source.Read(*placeFrom, u"LvProp"), from);
+        target.Rows().Update(*placeMade, row);
     }
 
-    static constexpr std::uint32_t kSystemTables = 5;  // their definitions' pages end there
+    Value CarriedProperties(const Value& properties, const CatalogueEntry& from) {
+        const auto* bytes = std::get_if<Bytes>(&properties);
+        if (bytes == nullptr || m_source.Kind() == m_target.Kind()) return properties;
+        const auto read = ReadProperties(*bytes, m_source.Kind());
+        auto written = read ? WriteProperties(*read, m_target.Kind()) : std::nullopt;
+        if (written) return std::move(*written);
+        m_leftOut.push_back(PropertiesInWords(from.sName));
+        return {};
+    }
+
+    std::optional<Bytes> CarriedIdentity(ByteView identity) const {
+        const auto plain = m_sourceOwners.Apply(identity);
+        return plain ? m_targetOwners.Apply(*plain) : std::nullopt;
+    }
+
+    void CarryOwner(const Value& from, Value& to, const CatalogueEntry& entry) {
+        const auto* owner = std::get_if<Bytes>(&from);
+        if (owner == nullptr) return;
+        if (auto carried = CarriedIdentity(*owner))
+            to = std::move(*carried);
+        else
+            m_leftOut.push_back("the owner of " + Narrow(entry.sName));
+    }
+
+    std::vector<Grant> CarriedGrants(const CatalogueEntry& from) {
+        std::vector<Grant> grants;
+        bool bAll = true;
+        for (const Grant& grant : GrantsOf(m_source, from.nId)) {
+            if (auto who = CarriedIdentity(grant.who))
+                grants.push_back({std::move(*who), grant.nRights, grant.bInheritable});
+            else
+                bAll = false;
+        }
+        if (!bAll) m_leftOut.push_back("some users' rights to " + Narrow(from.sName));
+        return grants;
+    }
+
+    void CarryRights(std::int32_t nId) {
+        for (const CatalogueEntry& entry : m_entries) {
+            if (entry.nId != nId) continue;
+            std::vector<Grant> grants = CarriedGrants(entry);
+            std::vector<Grant> usual = GrantsOf(m_target, nId);
+            std::sort(grants.begin(), grants.end());
+            std::sort(usual.begin(), usual.end());
+            if (!grants.empty() && grants != usual) SetGrants(m_target, nId, grants);
+        }
+    }
+
+    // Its owner, and properties like the title of its window.
+    void CarryDatabase() {
+        SystemTable source(m_source, kObjectsTable);
+        SystemTable target(m_target, kObjectsTable);
+        const auto placeFrom = FindEntry(source, kDatabase);
+        const auto placeMade = FindEntry(target, kDatabase);
+        if (!placeFrom || !placeMade) return;
+        CatalogueEntry entry;
+        entry.sName = TextIn(source.Read(*placeFrom, u"Name"));
+        Row row = target.Rows().Read(*placeMade);
+        CarryOwner(source.Read(*placeFrom, u"Owner"), row[target.Column(u"Owner")], entry);
+        const Value properties = source.Read(*placeFrom, u"LvProp");
+        if (const auto* bytes = std::get_if<Bytes>(&properties)) {
+            auto carried = DatabaseProperties(*bytes);
+            if (carried)
+                row[target.Column(u"LvProp")] = std::move(*carried);
+            else
+                m_leftOut.emplace_back("the properties of the database");
+        }
+        target.Rows().Update(*placeMade, row);
+    }
+
+    std::optional<Bytes> DatabaseProperties(ByteView bytes) const {
+        auto properties = ReadProperties(bytes, m_source.Kind());
+        if (!properties) return std::nullopt;
+        for (PropertyBlock& block : properties->blocks)
+            std::erase_if(block.properties, [&](const Property& property) {
+                return std::find(std::begin(kProgramsMarks), std::end(kProgramsMarks),
+                                 properties->names[property.nName]) != std::end(kProgramsMarks);
+            });
+        return WriteProperties(*properties, m_target.Kind());
+    }
+
     static constexpr std::u16string_view kCarriedColumns[]{
-        u"DateCreate",  u"DateUpdate",   u"Database",    u"Connect",
-        u"ForeignName", u"RmtInfoShort", u"RmtInfoLong", u"Lv"};
+        u"DateCreate",   u"DateUpdate",  u"Database", u"Connect",  u"ForeignName",
+        u"RmtInfoShort", u"RmtInfoLong", u"Lv",       u"LvModule", u"LvExtra"};
 
     AccessFile& m_source;
     AccessFile& m_target;
     std::vector<std::string>& m_leftOut;
     std::vector<CatalogueEntry> m_entries;
+    OwnerCipher m_sourceOwners;
+    OwnerCipher m_targetOwners;
     std::map<std::uint32_t, CopiedTable> m_tables;  // by the page of the source's definition
-    std::map<std::uint32_t, std::u16string> m_names;
-    std::set<std::int32_t> m_copied;  // objects that are no tables, by their ids
+    std::set<std::int32_t> m_copied;                // objects that are no tables, by their ids
 };
 
 }  // namespace
+
+std::vector<std::string> TellObjects(AccessFile& file) {
+    std::vector<std::string> objects;
+    for (const CatalogueEntry& entry : file.Catalogue())
+        if (!entry.IsTable() && entry.nType != kRelationshipObject && !IsMade(entry))
+            objects.push_back(InWords(entry));
+    SystemTable rows(file, kObjectsTable);
+    for (const CatalogueEntry& entry : file.Catalogue()) {
+        if (!entry.IsTable() || entry.IsSystem()) continue;
+        const auto place = FindEntry(rows, entry.nId);
+        if (place && !IsNull(rows.Read(*place, u"LvProp")))
+            objects.push_back(PropertiesInWords(entry.sName));
+    }
+    return objects;
+}
 
 CompactedFile Compact(AccessFile& source, Generation generation) {
     CompactedFile compacted;

@@ -18,8 +18,6 @@
 namespace nomira::jet {
 namespace {
 
-constexpr std::uint32_t kQueriesTable = 4;
-
 // ---- What the tables are
 
 constexpr std::uint8_t kFixed = ColumnFixed | ColumnNullable | ColumnSystem;
@@ -141,7 +139,6 @@ constexpr FilePlan kJet4Plan{kJet4Maps, kJet4Roots, 14};
 // ---- What stands in them
 
 constexpr std::int32_t kContainersParent = 0x0F000000;
-constexpr std::int32_t kDatabases = 0x0F000002;
 constexpr std::int32_t kDatabase = 0x10000000;
 constexpr std::uint32_t kSystemFlag = 0x80000000;
 
@@ -154,9 +151,9 @@ struct SystemObject {
 };
 constexpr SystemObject kObjects[] = {
     {kTablesParent, kContainersParent, u"Tables", 3, OwnerId::Engine},
-    {kDatabases, kContainersParent, u"Databases", 3, OwnerId::Engine},
+    {kDatabasesParent, kContainersParent, u"Databases", 3, OwnerId::Engine},
     {kRelationshipsParent, kContainersParent, u"Relationships", 3, OwnerId::Engine},
-    {kDatabase, kDatabases, u"MSysDb", 2, OwnerId::Admin},
+    {kDatabase, kDatabasesParent, u"MSysDb", 2, OwnerId::Admin},
     {kObjectsTable, kTablesParent, u"MSysObjects", 1, OwnerId::Engine},
     {kRightsTable, kTablesParent, u"MSysACEs", 1, OwnerId::Engine},
     {kQueriesTable, kTablesParent, u"MSysQueries", 1, OwnerId::Engine},
@@ -178,7 +175,7 @@ constexpr SystemRight kRights[] = {
     {kTablesParent, OwnerId::Admin, 0x60001, false},
     {kRelationshipsParent, OwnerId::Creator, 0xF00FE, true},
     {kRelationshipsParent, OwnerId::Admin, 0x60001, false},
-    {kDatabases, OwnerId::Admin, 0x60000, false},
+    {kDatabasesParent, OwnerId::Admin, 0x60000, false},
     {kDatabase, OwnerId::Admin, 0x6000E, false},
     {kDatabase, OwnerId::Users, 0x0E, false},
     {kQueriesTable, OwnerId::Users, 0x14, false},

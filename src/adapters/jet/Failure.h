@@ -1,5 +1,5 @@
-// What can go wrong with an Access file. The library raises this one type; who puts it to use
-// translates it at his own edge.
+// What can go wrong with an Access file. The library raises this one type (and a case of it); who
+// puts it to use translates it at his own edge.
 #pragma once
 
 #include <stdexcept>
@@ -25,6 +25,14 @@ class Failure : public std::runtime_error {
 
   private:
     FailureKind m_kind;
+};
+
+// The Constraint that a relationship between tables demands, for whoever has to tell it from one
+// that a table's own columns and indexes do.
+class ReferenceFailure : public Failure {
+  public:
+    explicit ReferenceFailure(const std::string& sWords)
+        : Failure(FailureKind::Constraint, sWords) {}
 };
 
 [[noreturn]] inline void Fail(FailureKind kind, const std::string& sWords) {

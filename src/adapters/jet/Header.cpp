@@ -62,7 +62,7 @@ const Places& PlacesOf(Generation generation) {
 
 // 2004-06-05 13:06:59, in days.
 constexpr std::uint64_t kNewCreationDate = 0x40E29FF17D1F72BC;
-constexpr std::array<std::uint8_t, 2> kNewOwnerMask{0xA5, 0x32};
+constexpr std::uint32_t kNewOwnerKey = 0x75FF76EA;
 
 bool StandsAt(ByteView bytes, std::size_t nPlace, std::string_view sText) {
     return bytes.size() >= nPlace + sText.size() &&
@@ -131,10 +131,11 @@ Header ReadHeader(ByteView page) {
     header.nSortOrder = LoadU16(plain, places.nSortOrder);
     header.nCodePage = LoadU16(plain, kCodePagePlace);
     header.nBuild = LoadU32(plain, places.nBuild);
-    if (*generation == Generation::Jet3)
-        header.nCollation = LoadU16(plain, kCollationPlace);
-    else
+    if (*generation == Generation::Jet3) header.nCollation = LoadU16(plain, kCollationPlace);
+    if (*generation == Generation::Jet4) {
         header.nSortVersion = LoadU16(plain, kSortVersionPlace);
+        header.nCreationDate = LoadLittle<8>(plain, kCreationDatePlace);
+    }
     return header;
 }
 
@@ -174,6 +175,13 @@ double NewCreationDate() {
     return std::bit_cast<double>(kNewCreationDate);
 }
 
+std::optional<std::uint32_t> OwnerKeyOfNew(const Header& header) {
+    const bool bOurs = header.generation == Generation::Jet4 && !header.bHasPassword &&
+                       header.nCreationDate == kNewCreationDate &&
+                       header.nBuild == kJet4Places.nNewBuild;
+    return bOurs ? std::optional(kNewOwnerKey) : std::nullopt;
+}
+
 Bytes OwnerBytes(OwnerId id, Generation generation) {
     Bytes bytes;
     switch (id) {
@@ -190,9 +198,7 @@ Bytes OwnerBytes(OwnerId id, Generation generation) {
             bytes = {2, 4};
             break;
     }
-    if (generation == Generation::Jet4)
-        std::transform(bytes.begin(), bytes.end(), kNewOwnerMask.begin(), bytes.begin(),
-                       [](unsigned a, unsigned b) { return static_cast<std::uint8_t>(a ^ b); });
+    if (generation == Generation::Jet4) ApplyRc4(kNewOwnerKey, bytes);
     return bytes;
 }
 

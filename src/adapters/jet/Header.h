@@ -18,7 +18,8 @@ struct Header {
     std::uint16_t nSortOrder = 0;    // LCID of new columns
     std::uint16_t nSortVersion = 0;  // Jet 4 only
     std::uint16_t nCodePage = 0;
-    std::uint32_t nBuild = 0;  // of the engine that made the file
+    std::uint32_t nBuild = 0;         // of the engine that made the file
+    std::uint64_t nCreationDate = 0;  // Jet 4 only: the bits of a double, as below
 };
 
 // First bytes of a file that GenerationOf looks at.
@@ -35,12 +36,15 @@ Header ReadHeader(ByteView page);
 void MaskHeader(ByteSpan page, Generation generation);
 
 // The header of a new file, as it stands in the file. The creation date, the engine's build and
-// the ids of owners (OwnerId) hang together by a rule that isn't known; new files have a set of
-// them that belongs together.
+// the key that hides owners (Owners.h) hang together by a rule that is known in part alone; new
+// files have a set of them that belongs together.
 Bytes NewHeader(Generation generation);
 
 // The creation date of such a file, in days since 1899-12-30.
 double NewCreationDate();
+
+// The key of owners in a Jet 4 file with such a header; nullopt for another header.
+std::optional<std::uint32_t> OwnerKeyOfNew(const Header& header);
 
 // Who owns objects of a file that NewHeader begins, or may use them.
 enum class OwnerId : std::uint8_t { Admin, Users, Engine, Creator };

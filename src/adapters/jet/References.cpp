@@ -59,7 +59,7 @@ void References::RequirePrimaries(std::span<const Value> row, const std::vector<
             continue;
         const bool bItself = other.table == &m_table && keys[other.record->nRealIndex] == key;
         if (!bItself && !other.table->Index(other.record->nRealIndex).Contains(key))
-            Fail(FailureKind::Constraint, "a row refers to none that is there");
+            throw ReferenceFailure("a row refers to none that is there");
     }
 }
 
@@ -75,13 +75,7 @@ References::Foreign References::ForeignRows(const LogicalIndex& relationship,
     for (const IndexColumn& column : TreeOf(m_table, relationship).columns)
         foreign.ownColumns.push_back(m_table.Definition().ColumnOfNumber(column.nColumn));
     const Bytes key = KeyAcross(relationship, other, row);
-    if (key.empty()) return foreign;
-    auto cursor = other.table->Index(other.record->nRealIndex).LowerBound(key);
-    for (; !cursor.AtEnd(); cursor.Next()) {
-        const ByteView found = cursor.Key();
-        if (!std::equal(found.begin(), found.end(), key.begin(), key.end())) break;
-        foreign.places.push_back(cursor.Place());
-    }
+    if (!key.empty()) foreign.places = other.table->PlacesOf(other.record->nRealIndex, key);
     return foreign;
 }
 
@@ -93,7 +87,7 @@ std::vector<References::Follower> References::FollowersOf(const Row& old,
         if (KeyAcross(*relationship, other, old) == KeyAcross(*relationship, other, row)) continue;
         const Foreign foreign = ForeignRows(*relationship, old);
         if (!foreign.places.empty() && (foreign.nUpdateAction & kCascades) == 0)
-            Fail(FailureKind::Constraint, "other rows refer to the row by what is to change");
+            throw ReferenceFailure("other rows refer to the row by what is to change");
         for (const RowPlace place : foreign.places) {
             Follower& follower = followers.emplace_back();
             follower.table = foreign.table;
@@ -120,7 +114,7 @@ void Deletion::Run(Table& table, RowPlace place) {
         Look(Target(m_doomed[i]));
     const auto stays = [&](const Target& target) { return !m_seen.contains(target); };
     if (std::any_of(m_refusing.begin(), m_refusing.end(), stays))
-        Fail(FailureKind::Constraint, "other rows refer to the row that is to be deleted");
+        throw ReferenceFailure("other rows refer to the row that is to be deleted");
     std::erase_if(m_nulled, [&](const auto& row) { return !stays({row.table, row.place}); });
     References::Follow(m_nulled);
     for (auto target = m_doomed.rbegin(); target != m_doomed.rend(); ++target)

@@ -37,6 +37,12 @@ bool IsAllNull(const TableDefinition& table, const RealIndex& index, std::span<c
     });
 }
 
+// Whether no other row may have the row's key in the index.
+bool IsKeptUnique(const TableDefinition& table, const RealIndex& index,
+                  std::span<const Value> row) {
+    return index.IsUnique() && !IsAllNull(table, index, row);
+}
+
 }  // namespace
 
 // What is made of the definition.
@@ -151,6 +157,32 @@ bool Table::Has(RowPlace place) {
 
 IndexTree& Table::Index(std::size_t nIndex) {
     return m_parts->trees.at(nIndex)->tree;
+}
+
+std::vector<RowPlace> Table::PlacesOf(std::size_t nIndex, ByteView key) {
+    std::vector<RowPlace> places;
+    auto cursor = Index(nIndex).LowerBound(key);
+    for (; !cursor.AtEnd(); cursor.Next()) {
+        const ByteView found = cursor.Key();
+        if (!std::equal(found.begin(), found.end(), key.begin(), key.end())) break;
+        places.push_back(cursor.Place());
+    }
+    return places;
+}
+
+std::vector<RowPlace> Table::RowsInTheWay(Row row) {
+    Refresh();
+    row.resize(m_definition.columns.size());
+    TakeAutonumber(row);
+    const Keys keys = KeysOf(row);
+    std::vector<RowPlace> places;
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        if (keys[i].empty() || !IsKeptUnique(m_definition, m_definition.realIndexes[i], row))
+            continue;
+        const std::vector<RowPlace> found = PlacesOf(i, keys[i]);
+        places.insert(places.end(), found.begin(), found.end());
+    }
+    return places;
 }
 
 RowPlace Table::Insert(Row& row) {
@@ -278,7 +310,7 @@ std::vector<bool> Table::FindKnownKeys(std::span<const Value> row, const Keys& k
         if (keys[i].empty() || (oldKeys != nullptr && (*oldKeys)[i] == keys[i])) continue;
         known[i] = Index(i).Contains(keys[i]);
         const RealIndex& index = m_definition.realIndexes[i];
-        if (known[i] && index.IsUnique() && !IsAllNull(m_definition, index, row))
+        if (known[i] && IsKeptUnique(m_definition, index, row))
             Fail(FailureKind::Constraint, "a key would stand twice in a unique index");
     }
     return known;

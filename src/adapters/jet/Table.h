@@ -58,6 +58,11 @@ class Table {
 
     // The tree of a real index (index into the definition's realIndexes).
     IndexTree& Index(std::size_t nIndex);
+    // The rows that have the key there.
+    std::vector<RowPlace> PlacesOf(std::size_t nIndex, ByteView key);
+    // The rows whose keys a unique index would have to hold twice for this one, in no order and
+    // more than once if several indexes say so. Raises as Insert does for a row without a key.
+    std::vector<RowPlace> RowsInTheWay(Row row);
 
     // Adds a row. An autonumber column that is Null gets the next number, which stands in `row`
     // then; one that is given raises the counter. Missing columns at the end are Null. Raises

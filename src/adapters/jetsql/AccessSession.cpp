@@ -128,6 +128,7 @@ void AccessSession::DeleteRow(jet::Table& table, std::u16string_view sTable, jet
                               int nDepth) {
     if (nDepth > kMostCascades)
         jet::Fail(jet::FailureKind::Constraint, "tables that go with one another in a circle");
+    if (!table.Has(place)) return;
     for (const Cascade& cascade : m_cascades)
         if (jet::SameName(cascade.sParentTable, sTable))
             DeleteChildren(table, cascade, place, nDepth);

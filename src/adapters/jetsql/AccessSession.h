@@ -67,7 +67,7 @@ class AccessSession {
         Release(nMark);
     }
 
-    // Deletes the row, with what goes with it.
+    // Deletes the row, with what goes with it. Nothing if it is gone.
     void DeleteRow(jet::Table& table, std::u16string_view sTable, jet::RowPlace place);
 
   private:

@@ -349,13 +349,13 @@ using Arguments = std::span<sqlite3_value*>;
 
 void RequireSameRow(sqlite3_value* oldId, sqlite3_value* newId) {
     if (sqlite3_value_int64(oldId) != sqlite3_value_int64(newId))
-        jet::Fail(jet::FailureKind::Constraint, "a row's number is given by the file");
+        jet::Fail(jet::FailureKind::Unsupported, "a row's number is given by the file");
 }
 
-jet::RowPlace RequirePlace(jet::Table& table, sqlite3_value* rowId) {
+// nullopt if another row of the same statement has taken it along.
+std::optional<jet::RowPlace> PlaceOfRow(jet::Table& table, sqlite3_value* rowId) {
     jet::RowPlace place;
-    if (!PlaceOf(sqlite3_value_int64(rowId), place) || !table.Has(place))
-        jet::Fail(jet::FailureKind::Constraint, "the row is gone");
+    if (!PlaceOf(sqlite3_value_int64(rowId), place) || !table.Has(place)) return std::nullopt;
     return place;
 }
 
@@ -367,26 +367,58 @@ void TakeValues(const jet::TableDefinition& definition, Arguments arguments, jet
 }
 
 void Delete(VirtualTable& table, sqlite3_value* rowId) {
-    jet::RowPlace place;
-    // Another row of the same statement may have taken it along.
-    if (!PlaceOf(sqlite3_value_int64(rowId), place) || !table.Table().Has(place)) return;
-    table.session->DeleteRow(table.Table(), table.sName, place);
+    if (const auto place = PlaceOfRow(table.Table(), rowId))
+        table.session->DeleteRow(table.Table(), table.sName, *place);
+}
+
+// Deletes the rows that the statement wants replaced by this one; `own` is where it stands itself.
+void MakeRoom(VirtualTable& table, const jet::Row& row, std::optional<jet::RowPlace> own) {
+    if (sqlite3_vtab_on_conflict(table.handle) != SQLITE_REPLACE) return;
+    for (const jet::RowPlace place : table.Table().RowsInTheWay(row))
+        if (place != own) table.session->DeleteRow(table.Table(), table.sName, place);
+    if (own && !table.Table().Has(*own))
+        throw jet::ReferenceFailure("the row would go with one that it replaces");
 }
 
 void Insert(VirtualTable& table, Arguments arguments, sqlite3_int64& nRowId) {
     if (sqlite3_value_type(arguments[1]) != SQLITE_NULL)
-        jet::Fail(jet::FailureKind::Constraint, "a row's number is given by the file");
+        jet::Fail(jet::FailureKind::Unsupported, "a row's number is given by the file");
     jet::Row row(table.Table().Definition().columns.size());
     TakeValues(table.Table().Definition(), arguments, row);
+    MakeRoom(table, row, std::nullopt);
     nRowId = RowIdOf(table.Table().Insert(row));
 }
 
 void Change(VirtualTable& table, Arguments arguments) {
     RequireSameRow(arguments[0], arguments[1]);
-    const jet::RowPlace place = RequirePlace(table.Table(), arguments[0]);
-    jet::Row row = table.Table().Read(place);
+    const auto place = PlaceOfRow(table.Table(), arguments[0]);
+    if (!place) return;
+    jet::Row row = table.Table().Read(*place);
     TakeValues(table.Table().Definition(), arguments, row);
-    table.Table().Update(place, row);
+    MakeRoom(table, row, place);
+    table.Table().Update(*place, row);
+}
+
+// What a statement wants done about conflicts counts for a table's own rules alone: SQLite would
+// let it pass over each failure that bears a constraint's code.
+template <typename Work>
+void KeepRelationships(sqlite3* handle, Work work) {
+    try {
+        work();
+    } catch (const jet::ReferenceFailure& failure) {
+        const int nWanted = sqlite3_vtab_on_conflict(handle);
+        if (nWanted == SQLITE_ABORT || nWanted == SQLITE_REPLACE) throw;
+        jet::Fail(jet::FailureKind::Unsupported, failure.what());
+    }
+}
+
+void ChangeRow(VirtualTable& table, Arguments arguments, sqlite3_int64& nRowId) {
+    if (arguments.size() == 1)
+        Delete(table, arguments[0]);
+    else if (sqlite3_value_type(arguments[0]) == SQLITE_NULL)
+        Insert(table, arguments, nRowId);
+    else
+        Change(table, arguments);
 }
 
 int Update(sqlite3_vtab* vtab, int nArguments, sqlite3_value** values, sqlite3_int64* nRowId) {
@@ -395,13 +427,8 @@ int Update(sqlite3_vtab* vtab, int nArguments, sqlite3_value** values, sqlite3_i
         const Arguments arguments(values, static_cast<std::size_t>(nArguments));
         if (table.bSystem)
             jet::Fail(jet::FailureKind::NotWritable, "the file's own tables can only be read");
-        table.session->Whole([&] {
-            if (arguments.size() == 1)
-                Delete(table, arguments[0]);
-            else if (sqlite3_value_type(arguments[0]) == SQLITE_NULL)
-                Insert(table, arguments, *nRowId);
-            else
-                Change(table, arguments);
+        KeepRelationships(table.handle, [&] {
+            table.session->Whole([&] { ChangeRow(table, arguments, *nRowId); });
         });
     });
 }

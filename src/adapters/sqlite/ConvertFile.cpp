@@ -5,7 +5,7 @@
 #include <fstream>
 #include <limits>
 #include <memory>
-#include <system_error>
+#include <span>
 #include <utility>
 
 #include "adapters/jet/Compact.h"
@@ -25,12 +25,23 @@ namespace {
 constexpr mode_t kPermissionBits = 0777;
 constexpr const char* kModule = "nomira_access";
 
+struct StoreTable {
+    std::u16string_view sName;
+    std::array<std::u16string_view, 3> columns;
+    std::array<std::u16string_view, 2> index;  // both formats have one on these
+    const char* sIndex;                        // its name in an SQLite file
+};
 // Items ahead of the messages that refer to them.
-constexpr std::array<std::u16string_view, 2> kStoreTables{u"Items", u"Messages"};
+constexpr StoreTable kStoreTables[]{
+    {u"Items", {u"Key_id", u"Module", u"KeyString"}, {u"KeyString", u"Module"}, "ItemsByKey"},
+    {u"Messages",
+     {u"Key_id", u"Language_id", u"String"},
+     {u"Key_id", u"Language_id"},
+     "MessagesByKey"}};
 
 bool IsStoreTable(std::u16string_view sName) {
-    return std::any_of(kStoreTables.begin(), kStoreTables.end(),
-                       [&](std::u16string_view sKnown) { return jet::SameName(sKnown, sName); });
+    return std::any_of(std::begin(kStoreTables), std::end(kStoreTables),
+                       [&](const StoreTable& known) { return jet::SameName(known.sName, sName); });
 }
 
 std::string Quoted(std::string_view sName) {
@@ -85,18 +96,60 @@ void CopyRows(BothFiles& files, const std::string& sFrom, const std::string& sTo
                   sFrom);
 }
 
-constexpr const char* kStoreColumns[]{"Key_id,Module,KeyString", "Key_id,Language_id,String"};
+// As a list for a statement; `sMark` stands around each.
+std::string ColumnList(const StoreTable& table, std::string_view sMark = "") {
+    std::string sList;
+    for (const std::u16string_view sColumn : table.columns)
+        sList.append(sList.empty() ? "" : ",")
+            .append(sMark)
+            .append(ToUtf8(std::u16string(sColumn)))
+            .append(sMark);
+    return sList;
+}
 
 void CopyStore(BothFiles& files, bool bToAccess) {
-    for (std::size_t n = 0; n < kStoreTables.size(); ++n) {
-        const std::string sAccess = files.Attach(kStoreTables[n]);
-        const std::string sOwn = "main." + Quoted(ToUtf8(std::u16string(kStoreTables[n])));
-        CopyRows(files, bToAccess ? sOwn : sAccess, bToAccess ? sAccess : sOwn, kStoreColumns[n]);
+    for (const StoreTable& table : kStoreTables) {
+        const std::string sAccess = files.Attach(table.sName);
+        const std::string sOwn = "main." + Quoted(ToUtf8(std::u16string(table.sName)));
+        CopyRows(files, bToAccess ? sOwn : sAccess, bToAccess ? sAccess : sOwn, ColumnList(table));
     }
 }
 
+std::string OfTable(const StoreTable& table) {
+    return " of the table " + ToUtf8(std::u16string(table.sName));
+}
+
+// Whether the store's table has an index on these columns in every format.
+bool IsStoreIndex(const StoreTable& table, const jet::TableDefinition& definition,
+                  const jet::RealIndex& index) {
+    std::vector<std::u16string> columns;
+    for (const jet::IndexColumn& column : index.columns)
+        columns.push_back(definition.columns[definition.ColumnOfNumber(column.nColumn)].sName);
+    const auto begins = [&](std::span<const std::u16string_view> known) {
+        return columns.size() <= known.size() &&
+               std::equal(columns.begin(), columns.end(), known.begin(),
+                          [](const auto& a, const auto& b) { return jet::SameName(a, b); });
+    };
+    const bool bNumber = table.sName == kStoreTables[0].sName && columns.size() == 1 &&
+                         begins({table.columns.data(), 1});
+    return bNumber || (!index.IsUnique() && begins(table.index));
+}
+
+// What the Access file's table has beyond the store's.
+void TellStoreTable(const StoreTable& table, const jet::TableDefinition& definition,
+                    std::vector<std::string>& leftOut) {
+    for (const jet::Column& column : definition.columns)
+        if (std::none_of(table.columns.begin(), table.columns.end(),
+                         [&](auto sKnown) { return jet::SameName(sKnown, column.sName); }))
+            leftOut.push_back("the column " + ToUtf8(column.sName) + OfTable(table));
+    for (const jet::LogicalIndex& index : definition.logicalIndexes)
+        if (index.kind != jet::LogicalKind::ForeignKey &&
+            !IsStoreIndex(table, definition, definition.realIndexes.at(index.nRealIndex)))
+            leftOut.push_back("the index " + ToUtf8(index.sName) + OfTable(table));
+}
+
 jet::DefinitionCounters ItemsCounter(jet::AccessFile& file) {
-    const jet::Table* items = file.FindTable(kStoreTables.front());
+    const jet::Table* items = file.FindTable(kStoreTables[0].sName);
     if (items == nullptr) RaiseFailure("no such table: Items");
     return {file.Pages(), items->Definition().nPage};
 }
@@ -119,6 +172,8 @@ std::vector<std::string> AccessToSqlite(const std::filesystem::path& source,
         files.Execute("PRAGMA foreign_keys=OFF; BEGIN");
         CopyStore(files, false);
         KeepCounter(files, ItemsCounter(files.Access()).LastAutonumber());
+        for (const StoreTable& table : kStoreTables)
+            TellStoreTable(table, files.Access().FindTable(table.sName)->Definition(), leftOut);
         for (const jet::CatalogueEntry& entry : files.Access().Catalogue()) {
             if (!entry.IsTable() || entry.IsSystem() || IsStoreTable(entry.sName)) continue;
             const jet::Table* table = files.Access().FindTable(entry.sName);
@@ -128,6 +183,8 @@ std::vector<std::string> AccessToSqlite(const std::filesystem::path& source,
             files.Execute("CREATE TABLE main." + Quoted(sName) + " AS SELECT * FROM " + sFrom);
             leftOut.push_back("the indexes and relationships of the table " + sName);
         }
+        const std::vector<std::string> objects = jet::TellObjects(files.Access());
+        leftOut.insert(leftOut.end(), objects.begin(), objects.end());
         files.Execute("COMMIT");
     });
     files.Finish();
@@ -154,6 +211,30 @@ void KeepCounter(BothFiles& files) {
     files.Access().Pages().Commit();
 }
 
+// What the SQLite file has beyond the store.
+void TellOthers(BothFiles& files, std::vector<std::string>& leftOut) {
+    const auto tell = [&](const std::string& sQuery) {
+        const StatementPtr found = files.Prepare(sQuery.c_str());
+        while (files.Step(found.get()))
+            leftOut.emplace_back(
+                reinterpret_cast<const char*>(sqlite3_column_text(found.get(), 0)));
+    };
+    std::string sKnown;
+    for (const StoreTable& table : kStoreTables) {
+        const std::string sName = ToUtf8(std::u16string(table.sName));
+        tell("SELECT 'the column '||name||'" + OfTable(table) + "' FROM pragma_table_xinfo('" +
+             sName + "','main') WHERE name COLLATE NOCASE NOT IN (" + ColumnList(table, "'") + ")");
+        sKnown += (sKnown.empty() ? "'" : ",'") + sName + "','" + table.sIndex + '\'';
+    }
+    // Those that SQLite has made itself count where they keep a table of the store unique.
+    tell(
+        "SELECT 'the '||type||' '||name FROM main.sqlite_schema"
+        " WHERE name COLLATE NOCASE NOT IN (" +
+        sKnown +
+        ") AND (name NOT LIKE 'sqlite\\_%' ESCAPE '\\'"
+        " OR tbl_name COLLATE NOCASE IN ('Items','Messages'))");
+}
+
 std::vector<std::string> SqliteToAccess(const std::filesystem::path& source,
                                         const std::filesystem::path& target) {
     std::vector<std::string> leftOut;
@@ -162,12 +243,7 @@ std::vector<std::string> SqliteToAccess(const std::filesystem::path& source,
     CopyStore(files, true);
     files.Execute("COMMIT");
     OnFile([&] { KeepCounter(files); });
-    const StatementPtr others = files.Prepare(
-        "SELECT type||' '||name FROM main.sqlite_schema WHERE name NOT LIKE 'sqlite_%'"
-        " AND tbl_name COLLATE NOCASE NOT IN ('Items','Messages')");
-    while (files.Step(others.get()))
-        leftOut.push_back("the " + std::string(reinterpret_cast<const char*>(
-                                       sqlite3_column_text(others.get(), 0))));
+    TellOthers(files, leftOut);
     files.Finish();
     return leftOut;
 }
@@ -194,15 +270,13 @@ std::vector<std::string> Convert(const std::filesystem::path& source, StoreForma
 }
 
 void ReplaceFile(const std::filesystem::path& path, const jet::Bytes& bytes) {
-    try {
+    OnDisk([&] {
         nativefiles::FileBeside beside(path);
         beside.Write({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
         beside.TakeRights(nativefiles::StatusOf(path));
         beside.ToDisk();
         beside.TakePlace();
-    } catch (const std::system_error& error) {
-        RaiseFailure(error.code().message());
-    }
+    });
 }
 
 // Others are kept from the file until the new one has taken its place.

@@ -1,10 +1,11 @@
-// The one translator of the failures of SQLite and of Access files: whatever went wrong is an
-// EngineFailure with their own words, for the data-access layer knows no finer number.
+// The one translator of the failures of SQLite, of Access files and of the system: whatever went
+// wrong is an EngineFailure with their own words, for the data-access layer knows no finer number.
 #pragma once
 
 #include <sqlite3.h>
 
 #include <string_view>
+#include <system_error>
 
 #include "adapters/jet/Failure.h"
 
@@ -22,6 +23,16 @@ decltype(auto) OnFile(Work work) {
         return work();
     } catch (const jet::Failure& failure) {
         RaiseFailure(failure.what());
+    }
+}
+
+// Runs work on files of the system (nativefiles).
+template <typename Work>
+decltype(auto) OnDisk(Work work) {
+    try {
+        return work();
+    } catch (const std::system_error& error) {
+        RaiseFailure(error.code().message());
     }
 }
 

@@ -5,11 +5,9 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <fstream>
 #include <memory>
 
 #include "adapters/jet/Checker.h"
-#include "adapters/jet/MemoryPages.h"
 #include "langtools/Utf8.h"
 #include "testing/Random.h"
 #include "testing/TestDatabase.h"
@@ -21,46 +19,37 @@ namespace fs = std::filesystem;
 using Rows = std::vector<std::vector<std::string>>;
 using Lines = std::vector<std::string>;
 
-// A file with a table of all kinds of columns, and the two of a message database without a
-// relationship between them.
-jet::Bytes NewFile(jet::Generation generation) {
-    auto pages = std::make_unique<jet::MemoryPages>(generation);
-    jet::MemoryPages& memory = *pages;
-    jet::AccessFile::CreateEmpty(memory);
-    jet::AccessFile file(std::move(pages));
+// A table of all kinds of columns, and the two of a message database without a relationship between
+// them.
+std::vector<jet::NewTable> Tables() {
     using jet::ColumnType;
-    file.CreateTable(
-        {.sName = u"Kinds",
-         .columns = {{.sName = u"Yes", .type = ColumnType::Boolean},
-                     {.sName = u"Byte", .type = ColumnType::Byte},
-                     {.sName = u"Short", .type = ColumnType::Integer},
-                     {.sName = u"Long", .type = ColumnType::Long},
-                     {.sName = u"Money", .type = ColumnType::Currency},
-                     {.sName = u"Single", .type = ColumnType::Single},
-                     {.sName = u"Double", .type = ColumnType::Double},
-                     {.sName = u"Moment", .type = ColumnType::DateTime},
-                     {.sName = u"Bytes", .type = ColumnType::Binary, .nCharacters = 20},
-                     {.sName = u"Text", .type = ColumnType::Text, .nCharacters = 60},
-                     {.sName = u"Ole", .type = ColumnType::Ole},
-                     {.sName = u"Memo", .type = ColumnType::Memo},
-                     {.sName = u"Guid", .type = ColumnType::Guid}},
-         .indexes = {{.sName = u"ByText", .columns = {u"Text"}},
-                     {.sName = u"ByShort", .columns = {u"Short", u"Text"}}}});
-    file.CreateTable(
-        {.sName = u"Items",
-         .columns = {{.sName = u"Key_id", .type = ColumnType::Long, .bAutonumber = true},
-                     {.sName = u"Module", .type = ColumnType::Text, .nCharacters = 50},
-                     {.sName = u"KeyString", .type = ColumnType::Text, .nCharacters = 255}},
-         .indexes = {{.sName = u"PrimaryKey", .columns = {u"Key_id"}, .bPrimary = true},
-                     {.sName = u"ItemsByKey", .columns = {u"KeyString", u"Module"}}}});
-    file.CreateTable(
-        {.sName = u"Messages",
-         .columns = {{.sName = u"Key_id", .type = ColumnType::Long},
-                     {.sName = u"Language_id", .type = ColumnType::Long},
-                     {.sName = u"String", .type = ColumnType::Memo}},
-         .indexes = {{.sName = u"MessagesByKey", .columns = {u"Key_id", u"Language_id"}}}});
-    memory.Commit();
-    return memory.File();
+    return {{.sName = u"Kinds",
+             .columns = {{.sName = u"Yes", .type = ColumnType::Boolean},
+                         {.sName = u"Byte", .type = ColumnType::Byte},
+                         {.sName = u"Short", .type = ColumnType::Integer},
+                         {.sName = u"Long", .type = ColumnType::Long},
+                         {.sName = u"Money", .type = ColumnType::Currency},
+                         {.sName = u"Single", .type = ColumnType::Single},
+                         {.sName = u"Double", .type = ColumnType::Double},
+                         {.sName = u"Moment", .type = ColumnType::DateTime},
+                         {.sName = u"Bytes", .type = ColumnType::Binary, .nCharacters = 20},
+                         {.sName = u"Text", .type = ColumnType::Text, .nCharacters = 60},
+                         {.sName = u"Ole", .type = ColumnType::Ole},
+                         {.sName = u"Memo", .type = ColumnType::Memo},
+                         {.sName = u"Guid", .type = ColumnType::Guid}},
+             .indexes = {{.sName = u"ByText", .columns = {u"Text"}},
+                         {.sName = u"ByShort", .columns = {u"Short", u"Text"}}}},
+            {.sName = u"Items",
+             .columns = {{.sName = u"Key_id", .type = ColumnType::Long, .bAutonumber = true},
+                         {.sName = u"Module", .type = ColumnType::Text, .nCharacters = 50},
+                         {.sName = u"KeyString", .type = ColumnType::Text, .nCharacters = 255}},
+             .indexes = {{.sName = u"PrimaryKey", .columns = {u"Key_id"}, .bPrimary = true},
+                         {.sName = u"ItemsByKey", .columns = {u"KeyString", u"Module"}}}},
+            {.sName = u"Messages",
+             .columns = {{.sName = u"Key_id", .type = ColumnType::Long},
+                         {.sName = u"Language_id", .type = ColumnType::Long},
+                         {.sName = u"String", .type = ColumnType::Memo}},
+             .indexes = {{.sName = u"MessagesByKey", .columns = {u"Key_id", u"Language_id"}}}}};
 }
 
 // An SQLite connection with the tables of a file.
@@ -69,7 +58,8 @@ class Handle {
     explicit Handle(const fs::path& path) {
         sqlite3_open(":memory:", &m_handle);
         m_session = std::make_shared<jetsql::AccessSession>(
-            path, std::vector<jetsql::Cascade>{{u"Items", u"Key_id", u"Messages", u"Key_id"}});
+            path, std::vector<jetsql::Cascade>{{u"Items", u"Key_id", u"Messages", u"Key_id"},
+                                               {u"Owners", u"Id", u"Messages", u"Key_id"}});
         jetsql::RegisterModule(m_handle, "access", m_session);
         for (const jetsql::NamedTable& table : jetsql::LocalTables(m_session->File()))
             EXPECT_EQ(Run(jetsql::CreateStatement("access", "", table)), "");
@@ -126,10 +116,9 @@ class Handle {
 class TableModuleTest : public ::testing::TestWithParam<jet::Generation> {
   protected:
     TableModuleTest() : path(db.Folder() / "file.mdb") {
-        const jet::Bytes bytes = NewFile(GetParam());
-        std::ofstream(path, std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()),
-                   static_cast<std::streamsize>(bytes.size()));
+        WriteAccessFile(path,
+                        GetParam() == jet::Generation::Jet3 ? StoreFormat::Jet3 : StoreFormat::Jet4,
+                        Tables());
         handle = std::make_unique<Handle>(path);
     }
     ~TableModuleTest() override {
@@ -397,6 +386,212 @@ TEST_P(TableModuleTest, AKeyThatIsThereIsRefused) {
     EXPECT_EQ(handle->Column("SELECT Key_id FROM Items WHERE Key_id IN (1,50) ORDER BY 1"),
               "1,50,");
     EXPECT_EQ(handle->Column("SELECT KeyString FROM Items WHERE Key_id=1"), "IN_1,");
+}
+
+// Items 1 to 4; KeyString is unique and knows no case. A part stands in one of them, and in another
+// part, and goes with both; a note stands in one and keeps it; item 4 has neither.
+class ConflictTest : public TableModuleTest {
+  protected:
+    ConflictTest() {
+        handle.reset();
+        {
+            auto pages = jet::FilePages::Open(path, jet::OpenMode::ReadWrite);
+            jet::FilePages& store = *pages;
+            jet::AccessFile file(std::move(pages));
+            EXPECT_TRUE(store.StartWriting());
+            AddTables(file);
+            store.Commit();
+            store.Rest();
+        }
+        handle = std::make_unique<Handle>(path);
+        EXPECT_EQ(handle->Run("INSERT INTO Owners VALUES(1,'IN_1'),(2,'IN_2'),(3,'IN_3'),"
+                              "(4,'IN_4'),(5,NULL);"
+                              "INSERT INTO Parts VALUES(10,1,NULL),(11,1,10),(12,2,11),(13,4,NULL);"
+                              "INSERT INTO Notes VALUES(3)"),
+                  "");
+    }
+
+    static void AddTables(jet::AccessFile& file) {
+        using jet::ColumnType;
+        file.CreateTable(
+            {.sName = u"Owners",
+             .columns = {{.sName = u"Id", .type = ColumnType::Long, .bAutonumber = true},
+                         {.sName = u"Name", .type = ColumnType::Text, .nCharacters = 50}},
+             .indexes = {{.sName = u"PrimaryKey", .columns = {u"Id"}, .bPrimary = true},
+                         {.sName = u"ByName", .columns = {u"Name"}, .bUnique = true}}});
+        file.CreateTable(
+            {.sName = u"Parts",
+             .columns = {{.sName = u"Id", .type = ColumnType::Long},
+                         {.sName = u"Owner", .type = ColumnType::Long},
+                         {.sName = u"Of", .type = ColumnType::Long}},
+             .indexes = {{.sName = u"PrimaryKey", .columns = {u"Id"}, .bPrimary = true}}});
+        file.CreateTable({.sName = u"Notes",
+                          .columns = {{.sName = u"Owner", .type = ColumnType::Long}},
+                          .indexes = {}});
+        file.CreateRelationship({u"OwnersParts", u"Owners", u"Id", u"Parts", u"Owner", true});
+        file.CreateRelationship({u"PartsParts", u"Parts", u"Id", u"Parts", u"Of", true});
+        file.CreateRelationship({u"OwnersNotes", u"Owners", u"Id", u"Notes", u"Owner", false});
+    }
+
+    std::string Owners() { return Joined("SELECT Id,Name FROM Owners ORDER BY 1"); }
+    std::string Parts() { return handle->Column("SELECT Id FROM Parts ORDER BY 1"); }
+    std::string Joined(const std::string& sQuery) {
+        std::string sJoined;
+        for (const auto& row : handle->Query(sQuery))
+            sJoined += row[0] + row[1] + ' ';
+        return sJoined;
+    }
+    const std::string sAllOwners = "1IN_1 2IN_2 3IN_3 4IN_4 5<null> ";
+    const std::string sAllParts = "10,11,12,13,";
+};
+INSTANTIATE_TEST_SUITE_P(Generations, ConflictTest,
+                         ::testing::Values(jet::Generation::Jet3, jet::Generation::Jet4),
+                         GenerationName);
+
+TEST_P(ConflictTest, AReplacedRowGoesWithAllThatGoesWithIt) {
+    EXPECT_EQ(handle->Run("INSERT OR REPLACE INTO Owners VALUES(4,'new')"), "");
+    EXPECT_EQ(sqlite3_changes(handle->Get()), 1);
+    EXPECT_EQ(Owners(), "1IN_1 2IN_2 3IN_3 4new 5<null> ");
+    EXPECT_EQ(Parts(), "10,11,12,");
+    EXPECT_EQ(handle->Run("REPLACE INTO Owners VALUES(1,'other')"), "");
+    EXPECT_EQ(Owners(), "1other 2IN_2 3IN_3 4new 5<null> ");
+    EXPECT_EQ(Parts(), "");  // 12 was of another owner, and went with part 11
+}
+
+TEST_P(ConflictTest, OneRowReplacesAllThatStandInItsWay) {
+    EXPECT_EQ(handle->Run("INSERT OR REPLACE INTO Owners VALUES(4,'in_1')"), "");
+    EXPECT_EQ(Owners(), "2IN_2 3IN_3 4in_1 5<null> ");
+    EXPECT_EQ(Parts(), "");
+    EXPECT_EQ(handle->Run("INSERT INTO Messages VALUES(2,99,'two')"), "");
+    EXPECT_EQ(handle->Run("INSERT OR REPLACE INTO Owners VALUES(2,'in_2')"), "");
+    EXPECT_EQ(Owners(), "2in_2 3IN_3 4in_1 5<null> ");
+    EXPECT_EQ(handle->Column("SELECT String FROM Messages"), "");
+}
+
+TEST_P(ConflictTest, ARowInNobodysWayIsAddedToTheOthers) {
+    EXPECT_EQ(handle->Run("INSERT OR REPLACE INTO Owners(Name) VALUES('new'),(NULL)"), "");
+    EXPECT_EQ(Owners(), sAllOwners + "6new 7<null> ");
+    EXPECT_EQ(Parts(), sAllParts);
+}
+
+TEST_P(ConflictTest, ARowInTheWayOfAChangeIsReplacedAndTheRowStaysWhereItIs) {
+    const std::string sRow = handle->Column("SELECT rowid FROM Owners WHERE Id=2");
+    EXPECT_EQ(handle->Run("UPDATE OR REPLACE Owners SET Name='In_4' WHERE Id=2"), "");
+    EXPECT_EQ(Owners(), "1IN_1 2In_4 3IN_3 5<null> ");
+    EXPECT_EQ(handle->Column("SELECT rowid FROM Owners WHERE Id=2"), sRow);
+    EXPECT_EQ(Parts(), "10,11,12,");
+    EXPECT_EQ(handle->Run("UPDATE OR REPLACE Owners SET Name='IN_1', Id=1 WHERE Id=1"), "");
+    EXPECT_EQ(Parts(), "10,11,12,");
+}
+
+TEST_P(ConflictTest, ARowThatWasReplacedByTheSameStatementIsPassedOver) {
+    EXPECT_EQ(handle->Run("DELETE FROM Notes; DELETE FROM Parts;"
+                          "UPDATE OR REPLACE Owners SET Name='same'"),
+              "");
+    EXPECT_EQ(Owners(), "5same ");
+    EXPECT_EQ(handle->Run("INSERT INTO Owners VALUES(6,'6'),(7,'7'),(8,'8');"
+                          "UPDATE OR REPLACE Owners SET Id=Id+1"),
+              "");
+    EXPECT_EQ(Owners(), "6same 87 ");
+}
+
+TEST_P(ConflictTest, WhatKeepsARowThereKeepsItFromBeingReplaced) {
+    EXPECT_EQ(handle->Run("INSERT OR REPLACE INTO Owners VALUES(8,'new'),(3,'other')"),
+              "other rows refer to the row that is to be deleted");
+    EXPECT_EQ(handle->Result(), SQLITE_CONSTRAINT);
+    EXPECT_EQ(handle->Run("UPDATE OR REPLACE Owners SET Name='IN_3' WHERE Id=4"),
+              "other rows refer to the row that is to be deleted");
+    EXPECT_EQ(Owners(), sAllOwners);
+    EXPECT_EQ(Parts(), sAllParts);
+}
+
+TEST_P(ConflictTest, NothingIsReplacedByARowThatIsRefused) {
+    EXPECT_NE(handle->Run("INSERT OR REPLACE INTO Parts VALUES(11,99,NULL)"), "");
+    EXPECT_NE(handle->Run("INSERT OR REPLACE INTO Parts VALUES(NULL,1,NULL)"), "");
+    EXPECT_NE(handle->Run("INSERT OR REPLACE INTO Owners VALUES(1,'" + std::string(51, 'x') + "')"),
+              "");
+    EXPECT_EQ(Owners(), sAllOwners);
+    EXPECT_EQ(Parts(), sAllParts);
+}
+
+TEST_P(ConflictTest, ARowIsNotReplacedByOneThatGoesWithIt) {
+    EXPECT_EQ(handle->Run("UPDATE OR REPLACE Parts SET Id=10 WHERE Id=11"),
+              "the row would go with one that it replaces");
+    EXPECT_EQ(Parts(), sAllParts);
+    EXPECT_EQ(handle->Run("INSERT OR REPLACE INTO Parts VALUES(10,1,11)"),
+              "a row refers to none that is there");
+    EXPECT_EQ(Parts(), sAllParts);
+    EXPECT_EQ(handle->Run("INSERT OR REPLACE INTO Parts VALUES(10,4,10)"), "");
+    EXPECT_EQ(Joined("SELECT Id,Of FROM Parts ORDER BY 1"), "1010 13<null> ");
+}
+
+TEST_P(ConflictTest, MessagesGoWithAReplacedItem) {
+    FillItems();
+    EXPECT_EQ(handle->Run("INSERT OR REPLACE INTO Items VALUES(1,'IO','IN_1')"), "");
+    EXPECT_EQ(handle->Column("SELECT String FROM Messages WHERE Key_id=1"), "");
+    EXPECT_EQ(handle->Column("SELECT count(*) FROM Messages"), "2,");
+}
+
+// In each of them the second row is refused.
+const std::string kThree = "INTO Owners VALUES(8,'a'),(4,'b'),(9,'c')";
+
+TEST_P(ConflictTest, AnIgnoredRowIsPassedOverAlone) {
+    EXPECT_EQ(handle->Run("INSERT OR IGNORE " + kThree), "");
+    EXPECT_EQ(sqlite3_changes(handle->Get()), 2);
+    EXPECT_EQ(Owners(), sAllOwners + "8a 9c ");
+    EXPECT_EQ(handle->Run("UPDATE OR IGNORE Owners SET Id=Id+3 WHERE Id IN (1,5,9)"), "");
+    EXPECT_EQ(Owners(), "1IN_1 2IN_2 3IN_3 4IN_4 5<null> 8a 12c ");
+    EXPECT_EQ(Parts(), sAllParts);
+}
+
+TEST_P(ConflictTest, AnIgnoredRowMayHaveNoKeyOrTooLongAText) {
+    EXPECT_EQ(handle->Run("INSERT OR IGNORE INTO Parts VALUES(NULL,1,NULL),(14,1,NULL)"), "");
+    EXPECT_EQ(Parts(), sAllParts + "14,");
+    EXPECT_EQ(handle->Run("INSERT OR IGNORE INTO Owners VALUES(8,'" + std::string(51, 'x') + "')"),
+              "");
+    EXPECT_EQ(Owners(), sAllOwners);
+}
+
+TEST_P(ConflictTest, AFailureLeavesTheRowsAheadOfIt) {
+    EXPECT_NE(handle->Run("INSERT OR FAIL " + kThree), "");
+    EXPECT_EQ(handle->Result(), SQLITE_CONSTRAINT);
+    EXPECT_EQ(Owners(), sAllOwners + "8a ");
+    handle = std::make_unique<Handle>(path);
+    EXPECT_EQ(Owners(), sAllOwners + "8a ");
+    EXPECT_NE(handle->Run("BEGIN; DELETE FROM Owners WHERE Id=8; INSERT OR FAIL " + kThree), "");
+    EXPECT_EQ(handle->Run("COMMIT"), "");
+    EXPECT_EQ(Owners(), sAllOwners + "8a ");
+}
+
+TEST_P(ConflictTest, AnAbortTakesBackTheStatementAndARollbackTheTransaction) {
+    EXPECT_NE(handle->Run("BEGIN; DELETE FROM Owners WHERE Id=5; INSERT OR ABORT " + kThree), "");
+    EXPECT_EQ(Owners(), "1IN_1 2IN_2 3IN_3 4IN_4 ");
+    EXPECT_NE(handle->Run("INSERT OR ROLLBACK " + kThree), "");
+    EXPECT_EQ(handle->Result(), SQLITE_CONSTRAINT);
+    EXPECT_EQ(Owners(), sAllOwners);
+    EXPECT_NE(handle->Run("COMMIT"), "");  // none is open any more
+}
+
+TEST_P(ConflictTest, RelationshipsHoldWhateverTheStatementSays) {
+    for (const std::string sWay : {"IGNORE", "FAIL", "ROLLBACK"}) {
+        ASSERT_EQ(handle->Run("BEGIN; DELETE FROM Owners WHERE Id=5"), "");
+        EXPECT_EQ(handle->Run("INSERT OR " + sWay + " INTO Parts VALUES(14,1,NULL),(15,99,NULL)"),
+                  "a row refers to none that is there");
+        EXPECT_EQ(handle->Run("UPDATE OR " + sWay + " Parts SET Owner=99"),
+                  "a row refers to none that is there");
+        EXPECT_EQ(handle->Run("UPDATE OR " + sWay + " Owners SET Id=99 WHERE Id=3"),
+                  "other rows refer to the row by what is to change");
+        EXPECT_EQ(Owners(), "1IN_1 2IN_2 3IN_3 4IN_4 ");
+        EXPECT_EQ(Parts(), sAllParts);
+        ASSERT_EQ(handle->Run("ROLLBACK"), "");
+    }
+}
+
+TEST_P(ConflictTest, ARowsNumberIsNoConflict) {
+    EXPECT_EQ(handle->Run("INSERT OR IGNORE INTO Owners(rowid,Name) VALUES(7,'x')"),
+              "a row's number is given by the file");
+    EXPECT_EQ(handle->Run("UPDATE OR IGNORE Owners SET rowid=7"),
+              "a row's number is given by the file");
 }
 
 TEST_P(TableModuleTest, ARowsNumberIsTheFiles) {

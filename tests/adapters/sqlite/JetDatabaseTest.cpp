@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <fstream>
-#include <set>
 
 #include "adapters/contracts/ExpectRaises.h"
 #include "adapters/jet/MemoryPages.h"
@@ -38,15 +37,6 @@ class JetDatabaseTest : public ::testing::TestWithParam<StoreFormat> {
     static Text Read(TextView sKey) {
         Text sText = u"<none>";
         return ReadLongText(sText, u"IO", sKey) ? sText : Text(u"<failed>");
-    }
-    std::string FilesInFolder() const {
-        std::set<std::string> names;
-        for (const auto& entry : fs::directory_iterator(db.Folder()))
-            names.insert(entry.path().filename().string());
-        std::string sNames;
-        for (const std::string& sName : names)
-            sNames += sName + ' ';
-        return sNames;
     }
     // Whether a process that comes along can lock the file.
     bool IsLocked() const {
@@ -82,13 +72,13 @@ INSTANTIATE_TEST_SUITE_P(Formats, JetDatabaseTest,
 TEST_P(JetDatabaseTest, AtRestTheFileIsAloneAndNobodys) {
     ASSERT_TRUE(OpenDatabase(kLongTextDatabase));
     EXPECT_FALSE(IsLocked());
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb ");
     ASSERT_TRUE(Store(u"IN_2", u"valve"));
     EXPECT_TRUE(IsLocked());
-    EXPECT_NE(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_NE(db.FilesInFolder(), "orvo_con.mdb ");
     CloseDatabase();
     EXPECT_FALSE(IsLocked());
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb ");
     EXPECT_EQ(Read(u"IN_2"), u"valve");
     EXPECT_EQ(db.Damage(), std::vector<std::string>{});
 }
@@ -248,7 +238,7 @@ TEST_P(JetDatabaseTest, AConversionThatFailsLeavesNothingBehind) {
     other.Execute("INSERT INTO Items VALUES(1,'IO','\xF0\x9F\xA4\x96')");
     const fs::path made = db.Folder() / "made.mdb";
     EXPECT_RAISES(ErrorNumber::EngineFailure, sqlite::ConvertFile(other.Path(), made, GetParam()));
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb ");
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 
 #include <chrono>
 #include <fstream>
-#include <set>
 
 #include "adapters/contracts/ExpectRaises.h"
 #include "adapters/sqlite/ChildProcess.h"
@@ -54,15 +53,6 @@ class SqliteEngineTest : public ::testing::Test {
     }
     void Write(const std::string& sBytes) const {
         std::ofstream(db.Path(), std::ios::binary | std::ios::trunc) << sBytes;
-    }
-    std::string FilesInFolder() const {
-        std::set<std::string> names;
-        for (const auto& entry : fs::directory_iterator(db.Folder()))
-            names.insert(entry.path().filename().string());
-        std::string sNames;
-        for (const std::string& sName : names)
-            sNames += sName + ' ';
-        return sNames;
     }
     // Of this process, on files of the store's folder.
     int HandlesOnFolder() const {
@@ -153,7 +143,7 @@ TEST_F(SqliteEngineTest, AFileThatNobodyMayWriteIsReadOnlyAlsoForASuperuser) {
     DeleteItemsByPrefix(u"IN_", u"IO", 1);
     CloseDatabase();
     EXPECT_EQ(Read(u"IN_1"), u"a");
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb ");
     fs::permissions(db.Path(), fs::perms::owner_read | fs::perms::owner_write);
     ASSERT_TRUE(OpenDatabase(kLongTextDatabase));
     Store(u"IN_1", u"b");
@@ -165,12 +155,12 @@ TEST_F(SqliteEngineTest, AFileThatNobodyMayWriteIsReadOnlyAlsoForASuperuser) {
 TEST_F(SqliteEngineTest, TheFirstWriteGoesToWriteAheadAndCloseMakesTheFileWholeAgain) {
     ASSERT_TRUE(OpenDatabase(kLongTextDatabase));
     EXPECT_EQ(JournalVersion(), 1);
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb ");
     ASSERT_TRUE(Store(u"IN_1", u"a"));
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb orvo_con.mdb-shm orvo_con.mdb-wal ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb orvo_con.mdb-shm orvo_con.mdb-wal ");
     CloseDatabase();
     EXPECT_EQ(JournalVersion(), 1);
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb ");
     EXPECT_EQ(Read(u"IN_1"), u"a");
 }
 
@@ -180,7 +170,7 @@ TEST_F(SqliteEngineTest, ATransactionThatCloseTakesBackLeavesTheFileWhole) {
     ASSERT_TRUE(Store(u"IN_1", u"a"));
     CloseDatabase();
     EXPECT_EQ(JournalVersion(), 1);
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb ");
     EXPECT_EQ(Read(u"IN_1"), u"<none>");
 }
 
@@ -190,7 +180,7 @@ TEST_F(SqliteEngineTest, ReadingAloneNeverChangesTheFile) {
     EXPECT_EQ(Read(u"IN_1"), u"a");
     ASSERT_TRUE(OpenDatabase(kLongTextDatabase));
     EXPECT_EQ(FindKeyId(u"IO", u"IN_1", g_Connection.get()), 1);
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb ");
     CloseDatabase();
     EXPECT_EQ(fs::last_write_time(db.Path()), before);
 }
@@ -215,12 +205,12 @@ TEST_F(SqliteEngineTest, OfTwoConnectionsTheLastOneMakesTheFileWhole) {
     ASSERT_TRUE(OpenDatabase(kLongTextDatabase));
     ASSERT_TRUE(Store(u"IN_1", u"a"));
     EXPECT_EQ(Read(u"IN_1"), u"a");
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb orvo_con.mdb-shm orvo_con.mdb-wal ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb orvo_con.mdb-shm orvo_con.mdb-wal ");
     ASSERT_TRUE(Store(u"IN_2", u"b"));
     EXPECT_EQ(Read(u"IN_2"), u"b");
     CloseDatabase();
     EXPECT_EQ(JournalVersion(), 1);
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb ");
 }
 
 TEST_F(SqliteEngineTest, WhereAReaderIsInTheWayWritesGoThroughTheRollbackJournal) {
@@ -242,7 +232,7 @@ TEST_F(SqliteEngineTest, WhereAReaderIsInTheWayWritesGoThroughTheRollbackJournal
     ASSERT_EQ(reader.Hear(), '.');
     EXPECT_TRUE(Store(u"IN_2", u"b"));
     EXPECT_EQ(JournalVersion(), 1);
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb ");
     CloseDatabase();
     EXPECT_EQ(Read(u"IN_2"), u"b");
 }
@@ -257,10 +247,10 @@ TEST_F(SqliteEngineTest, AFileThatAKilledProcessLeftInWriteAheadIsRecovered) {
     ASSERT_EQ(writer.Hear(), '.');
     writer.Kill();
     EXPECT_EQ(JournalVersion(), 2);
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb orvo_con.mdb-shm orvo_con.mdb-wal ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb orvo_con.mdb-shm orvo_con.mdb-wal ");
     EXPECT_EQ(Read(u"IN_1"), u"a");
     EXPECT_EQ(JournalVersion(), 1);
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb ");
 }
 
 TEST_F(SqliteEngineTest, ARollbackJournalThatAKilledProcessLeftIsPlayedBack) {
@@ -278,9 +268,9 @@ TEST_F(SqliteEngineTest, ARollbackJournalThatAKilledProcessLeftIsPlayedBack) {
     });
     ASSERT_EQ(writer.Hear(), '.');
     writer.Kill();
-    ASSERT_EQ(FilesInFolder(), "orvo_con.mdb orvo_con.mdb-journal ");
+    ASSERT_EQ(db.FilesInFolder(), "orvo_con.mdb orvo_con.mdb-journal ");
     EXPECT_EQ(Read(u"IN_1"), u"a");
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb ");
     EXPECT_EQ(db.Query("PRAGMA integrity_check"), (Rows{{"ok"}}));
 }
 
@@ -312,7 +302,7 @@ TEST_P(SqliteWarmHandleTest, ADeletedFileIsSeen) {
     db.RemoveFile();
     EXPECT_EQ(Read(u"IN_1"), u"<failed>");
     EXPECT_EQ(Read(u"IN_1"), u"<failed>");
-    EXPECT_EQ(FilesInFolder(), "");
+    EXPECT_EQ(db.FilesInFolder(), "");
     sqlite::CreateStore(db.Path());
     EXPECT_EQ(Read(u"IN_1"), u"<none>");
 }
@@ -514,14 +504,14 @@ TEST_F(SqliteCompactionTest, ADamagedSourceLeavesNoCopyBehind) {
         file << std::string(4096 * 10, '\xFF');
     }
     EXPECT_RAISES(ErrorNumber::EngineFailure, Compact());
-    EXPECT_EQ(FilesInFolder(), "orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "orvo_con.mdb ");
 }
 
 TEST_F(SqliteCompactionTest, TheCopyHasTheSourcesRightsAndIsWholeAndAlone) {
     fs::permissions(db.Path(), fs::perms(0640));
     Compact();
     EXPECT_EQ(fs::status(Copy()).permissions(), fs::perms(0640));
-    EXPECT_EQ(FilesInFolder(), "copy.mdb orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "copy.mdb orvo_con.mdb ");
     EXPECT_EQ(QueryOn(Copy(), "PRAGMA integrity_check"), (Rows{{"ok"}}));
 }
 
@@ -536,7 +526,7 @@ TEST_F(SqliteCompactionTest, ASourceThatAKilledProcessLeftIsFoldedBackFirst) {
     writer.Kill();
     Compact();
     EXPECT_EQ(QueryOn(Copy(), "SELECT String FROM Messages"), (Rows{{"a"}}));
-    EXPECT_EQ(FilesInFolder(), "copy.mdb orvo_con.mdb ");
+    EXPECT_EQ(db.FilesInFolder(), "copy.mdb orvo_con.mdb ");
 }
 
 TEST_F(SqliteCompactionTest, ASourceAtWorkIsAFailure) {
