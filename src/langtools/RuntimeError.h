@@ -78,4 +78,13 @@ class RuntimeError : public std::exception {
 // 16 bits wide, and a count that outgrows them is a failure rather than a wrong number.
 std::int16_t ToInt16(std::int64_t n);
 
+// Runs a statement that may fail: whoever needs its effect finds it missing.
+template <typename Statement>
+void IgnoreFailure(Statement statement) {
+    try {
+        statement();
+    } catch (const RuntimeError&) {
+    }
+}
+
 }  // namespace nomira

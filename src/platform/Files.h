@@ -15,6 +15,9 @@
 
 namespace nomira {
 
+// How many characters a path's root has, as u"C:\\".
+inline constexpr std::int32_t kRootLength = 3;
+
 // Bits of a file's attributes.
 enum FileAttribute : std::uint16_t {
     AttributeNormal = 0,

@@ -7,6 +7,7 @@
 #include "frame/Settings.h"
 #include "langtools/ProgramEnd.h"
 #include "link/cVexonComm.h"
+#include "platform/Files.h"
 #include "platform/Platform.h"
 #include "ui/FormLayout.h"
 #include "ui/ListHandlers.h"
@@ -76,9 +77,6 @@ constexpr AddedPanel kAddedPanels[] = {
 
 constexpr TextView kMiddlewareProcess = u"VEXON3.EXE";
 constexpr TextView kLeaveViewCaption = u"Exit View";
-
-// As in u"C:\\".
-constexpr std::int32_t kRootLength = 3;
 
 void AddPanels(StatusBar& bar) {
     for (const AddedPanel& added : kAddedPanels) {

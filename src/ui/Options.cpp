@@ -8,6 +8,7 @@
 #include "frame/Settings.h"
 #include "langtools/BasicText.h"
 #include "langtools/RuntimeError.h"
+#include "platform/Files.h"
 #include "ui/FormAccess.h"
 #include "ui/StatusRoutines.h"
 #include "ui/formlayer/FileLists.h"
@@ -18,7 +19,6 @@ namespace {
 
 constexpr std::optional<bool> kUnchanged = std::nullopt;
 constexpr TextView kProgramFolder = u"\\Roboter\\TQX\\R1";
-constexpr std::int32_t kRootLength = 3;       // C:\ and its like
 constexpr std::int32_t kExtensionLength = 4;  // .txt and its like
 constexpr std::int16_t kStatusKeys = 4;
 
@@ -49,16 +49,9 @@ constexpr OptionKeys kKeys1{u"Option1", true, false, {false, true, true, true}};
 constexpr OptionKeys kKeys2{u"Option2", true, false, {true, false, kUnchanged, false}};
 constexpr OptionKeys kKeys3{u"Option3", false, true, {true, true, false, true}};
 
-template <typename Statement>
-void IgnoreFailure(Statement statement) {
-    try {
-        statement();
-    } catch (const RuntimeError&) {  // the lists stay where they are
-    }
-}
-
 void GoTo(const Form& form, TextView sFolder) {
     if (g_sInstallDir.empty()) return;
+    // The lists stay where they are if the folder isn't there.
     IgnoreFailure(
         [&] { form.Get<DriveListBox>(u"Drive1").SetDrive(Left(g_sInstallDir, kRootLength)); });
     IgnoreFailure(

@@ -9,6 +9,7 @@
 #include "langtools/RuntimeError.h"
 #include "link/SystemSizes.h"
 #include "link/cVexonComm.h"
+#include "platform/Files.h"
 #include "platform/Platform.h"
 #include "ui/Captions.h"
 #include "ui/FormLayout.h"
@@ -221,7 +222,6 @@ constexpr float kMenuePlaces[] = {600, 1800, 3000, 4200, 5400, 6600, 7800, 9000}
 
 // ---- Places and words ----
 
-constexpr std::int32_t kRootLength = 3;  // C:\ and its like
 constexpr std::chrono::milliseconds kTimeToRead{1500};
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "langtools/BasicText.h"
 #include "langtools/RuntimeError.h"
 #include "link/cVexonComm.h"
+#include "platform/Files.h"
 #include "platform/Platform.h"
 #include "ui/formlayer/StatusBar.h"
 #include "userprogram/RewriteUserProgram.h"
@@ -13,7 +14,6 @@
 namespace nomira {
 namespace {
 
-constexpr std::int32_t kRootLength = 3;
 constexpr std::int16_t kProblemPanel = 4;
 constexpr TextView picCritical = u"picCritical";
 
@@ -21,14 +21,6 @@ Text WithBackslash(TextView sDirectory) {
     Text sResult(sDirectory);
     if (!sResult.ends_with(u'\\')) sResult += u'\\';
     return sResult;
-}
-
-template <typename Statement>
-void IgnoreFailure(Statement statement) {
-    try {
-        statement();
-    } catch (const RuntimeError&) {  // whoever needs its effect finds it missing
-    }
 }
 
 // ---- What a form has selected ----

@@ -9,7 +9,7 @@ namespace {
 namespace fs = std::filesystem;
 using nomira::testing::BinaryRun;
 using nomira::testing::ProcessOutcome;
-using Strings = std::vector<std::string>;
+using nomira::testing::Strings;
 
 // The blocks of the document in one language, in their order.
 Strings Blocks(const std::string& sLanguage) {

@@ -20,9 +20,9 @@ using nomira::testing::ProcessOutcome;
 using nomira::testing::Program;
 using nomira::testing::QueryOn;
 using nomira::testing::RunProcess;
+using nomira::testing::Strings;
 using nomira::testing::TextFile;
 using Json = nlohmann::json;
-using Strings = nomira::testing::Strings;
 
 std::string Decoded(const std::string& bytes) {
     return nomira::ToUtf8(nomira::Windows1252().Decode(bytes));

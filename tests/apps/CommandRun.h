@@ -16,6 +16,12 @@
 
 namespace nomira::testing {
 
+using Strings = std::vector<std::string>;
+
+inline bool Contains(const std::string& sText, const std::string& sPart) {
+    return sText.find(sPart) != std::string::npos;
+}
+
 // What one run of the companion gave.
 struct Outcome {
     companion::ExitCode exit;
@@ -35,18 +41,18 @@ class CommandRun {
     std::filesystem::path Database() const { return Prefix() / "drives/c/tqx/data/orvo_con.mdb"; }
 
     // One command on this prefix.
-    Outcome Run(std::vector<std::string> args) const {
+    Outcome Run(Strings args) const {
         args.insert(args.begin(), {"--prefix", Prefix().string()});
         return RunAlone(args);
     }
     // The same without naming the prefix.
-    static Outcome RunAlone(const std::vector<std::string>& args) { return RunAloneOn({}, args); }
+    static Outcome RunAlone(const Strings& args) { return RunAloneOn({}, args); }
     // The same with something on the standard input.
-    Outcome RunOn(const std::string& sInput, std::vector<std::string> args) const {
+    Outcome RunOn(const std::string& sInput, Strings args) const {
         args.insert(args.begin(), {"--prefix", Prefix().string()});
         return RunAloneOn(sInput, args);
     }
-    static Outcome RunAloneOn(const std::string& sInput, const std::vector<std::string>& args) {
+    static Outcome RunAloneOn(const std::string& sInput, const Strings& args) {
         std::istringstream in(sInput);
         std::ostringstream out, err;
         const companion::ExitCode exit = companion::RunNomiractl(args, out, err, in);

@@ -23,8 +23,8 @@ using nomira::testing::CommandRun;
 using nomira::testing::Outcome;
 using nomira::testing::QueryOn;
 using nomira::testing::Random;
+using nomira::testing::Strings;
 using Clock = std::chrono::steady_clock;
-using Strings = std::vector<std::string>;
 
 constexpr int kRounds = 100;  // of each job
 constexpr int kPrograms = 500;

@@ -5,6 +5,7 @@
 
 #include "apps/BinaryRun.h"
 #include "apps/GeneratedFiles.h"
+#include "apps/PrefixTest.h"
 #include "apps/nomiractl/InOrder.h"
 #include "langtools/CodePage.h"
 #include "langtools/Utf8.h"
@@ -19,6 +20,7 @@ using nomira::testing::CommandRun;
 using nomira::testing::ExecuteOn;
 using nomira::testing::Generator;
 using nomira::testing::Outcome;
+using nomira::testing::PrefixTest;
 using nomira::testing::Strings;
 
 // ---- The threads ----
@@ -78,10 +80,8 @@ TEST(InOrderTest, NothingToDoIsDone) {
 
 // ---- The commands ----
 
-class JobsTest : public ::testing::Test {
+class JobsTest : public PrefixTest<BinaryRun> {
   protected:
-    JobsTest() { m_run.CreateDatabase(); }
-
     std::string Folder() const { return (m_run.Root() / "C1").string(); }
 
     // Programs that show signals 1 to 9. Each second one begins with a number without a name, which
@@ -116,8 +116,6 @@ class JobsTest : public ::testing::Test {
         args.insert(args.end(), {"--jobs", sJobs});
         return m_run.Run(args);
     }
-
-    BinaryRun m_run;
 };
 
 TEST_F(JobsTest, AnyNumberOfThreadsTellsTheSame) {

@@ -8,8 +8,9 @@ namespace {
 
 namespace fs = std::filesystem;
 using nomira::testing::BinaryRun;
+using nomira::testing::Contains;
 using nomira::testing::ProcessOutcome;
-using Strings = std::vector<std::string>;
+using nomira::testing::Strings;
 
 class ManPagesTest : public ::testing::Test {
   protected:
@@ -57,10 +58,6 @@ class ManPagesTest : public ::testing::Test {
 
     BinaryRun m_run;
 };
-
-bool Contains(const std::string& sText, const std::string& sPart) {
-    return sText.find(sPart) != std::string::npos;
-}
 
 // The first words of the indented lines below a heading of a help.
 std::set<std::string> WordsBelow(const std::string& sHelp, const std::string& sHeading) {

@@ -6,16 +6,13 @@ namespace {
 
 namespace fs = std::filesystem;
 using nomira::testing::BinaryRun;
+using nomira::testing::Contains;
 using nomira::testing::ExecuteOn;
 using nomira::testing::FormatUnderTest;
 using nomira::testing::ProcessOutcome;
 using nomira::testing::StoreFormat;
+using nomira::testing::Strings;
 using Json = nlohmann::json;
-using Strings = std::vector<std::string>;
-
-bool Contains(const std::string& sText, const std::string& sPart) {
-    return sText.find(sPart) != std::string::npos;
-}
 
 class NomiractlCheckTest : public ::testing::Test {
   protected:
@@ -307,6 +304,14 @@ TEST_F(NomiractlCheckTest, FindsWhatADatabaseWouldLose) {
                                                  "IN_19 database-no-class",
                                                  "IN_21 database-wildcard",
                                                  "IN_22 database-state"}));
+}
+
+TEST_F(NomiractlCheckTest, ADatabaseThatTakesNoImportIsAFinding) {
+    m_run.CreateDatabase();
+    EXPECT_EQ(Found({m_run.Database()}), Strings{});
+    fs::permissions(m_run.Database(), fs::perms{0444});
+    EXPECT_EQ(Found({m_run.Database()}), Strings{"0:0 database-not-writable"});
+    EXPECT_TRUE(Contains(Message(m_run.Database()), "can't be written (the file is read-only)"));
 }
 
 TEST_F(NomiractlCheckTest, ADamagedDatabaseIsAFinding) {

@@ -17,14 +17,11 @@ namespace fs = std::filesystem;
 using nomira::companion::ExitCode;
 using nomira::rpc::Connection;
 using nomira::testing::CommandRun;
+using nomira::testing::Contains;
 using nomira::testing::Outcome;
 using nomira::testing::SimulatorProcess;
+using nomira::testing::Strings;
 using Json = nlohmann::json;
-using Strings = std::vector<std::string>;
-
-bool Contains(const std::string& sText, const std::string& sPart) {
-    return sText.find(sPart) != std::string::npos;
-}
 
 constexpr const char* kOld = "DEF a()\r\n;FOLD OUT 7 'old' State=TRUE\rEND";
 constexpr const char* kNew = "DEF a()\r\n;FOLD OUT 7 'Pump' State=TRUE\rEND";

@@ -5,8 +5,8 @@ namespace {
 namespace fs = std::filesystem;
 using nomira::testing::BinaryRun;
 using nomira::testing::ProcessOutcome;
+using nomira::testing::Strings;
 using Json = nlohmann::json;
-using Strings = std::vector<std::string>;
 
 class NomiractlDiffTest : public ::testing::Test {
   protected:

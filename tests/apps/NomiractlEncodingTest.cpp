@@ -1,35 +1,31 @@
 // Text files in the form that the command line tells: code page, UTF-8, line ends.
-#include "apps/CommandRun.h"
+#include "apps/PrefixTest.h"
 #include "testing/Random.h"
 
 namespace {
 
 using nomira::companion::ExitCode;
 using nomira::testing::CommandRun;
+using nomira::testing::Contains;
 using nomira::testing::ExecuteOn;
 using nomira::testing::Outcome;
+using nomira::testing::PrefixTest;
 using nomira::testing::Random;
-using Strings = std::vector<std::string>;
+using nomira::testing::Strings;
 
 const Strings kUtf8Lf{"--encoding", "utf-8", "--eol", "lf"};
 
-class NomiractlEncodingTest : public ::testing::Test {
+class NomiractlEncodingTest : public PrefixTest<> {
   protected:
-    NomiractlEncodingTest() { m_run.CreateDatabase(); }
-
     static Strings With(Strings args, const Strings& more) {
         args.insert(args.end(), more.begin(), more.end());
         return args;
-    }
-    Outcome Import(const std::string& bytes, const Strings& options) const {
-        return m_run.Run(With({"import", m_run.Write("in.txt", bytes)}, options));
     }
     std::string Export(const Strings& options) const {
         const Outcome exported = m_run.Run(With({"export", "-"}, options));
         EXPECT_EQ(exported.exit, ExitCode::Done) << exported.err;
         return exported.out;
     }
-    CommandRun m_run;
 };
 
 // Every byte that a text can have: a CR or a LF ends a line, and blanks at its ends go.
@@ -78,6 +74,35 @@ TEST_F(NomiractlEncodingTest, AnyTextsComeBackTheSameFromUtf8) {
         EXPECT_EQ(Export(kUtf8Lf), utf8);
         EXPECT_EQ(Export({}), plain);
     }
+}
+
+// A command that has changed something must not fail at its report.
+TEST_F(NomiractlEncodingTest, JsonIsUtf8WhateverBytesAFileNameHas) {
+    const std::string sText = m_run.Write("n\xFC.txt", "OUT_7 Pump\r\n");
+    const std::string sProgram = m_run.Write("p\xFC.src", ";FOLD OUT 7 'old' State\r\n");
+    const std::string sPlan = (m_run.Root() / "a\xFC.plan").string();
+    const std::string sDatabase = (m_run.Root() / "d\xFC.db").string();
+    ASSERT_EQ(m_run.Run({"db", "create", sDatabase, "--json"}).exit, ExitCode::Done);
+    for (const Strings& command : {Strings{"import", sText},
+                                   {"set", "IN_1", "x"},
+                                   {"rm", "IN_1"},
+                                   {"rewrite", sProgram},
+                                   {"undo"},
+                                   {"export", (m_run.Root() / "e\xFC.txt").string()},
+                                   {"check", sText, sProgram, sDatabase},
+                                   {"xref", sProgram},
+                                   {"db", "info"},
+                                   {"db", "verify"},
+                                   {"db", "compact"},
+                                   {"db", "backup", (m_run.Root() / "b\xFC.db").string()}}) {
+        const Outcome outcome = m_run.Run(With(command, {"--db", sDatabase, "--json"}));
+        EXPECT_EQ(outcome.exit, ExitCode::Done) << command.front() << outcome.err;
+        EXPECT_TRUE(Contains(outcome.out, "\xEF\xBF\xBD")) << command.front() << outcome.out;
+    }
+    m_run.Run({"rewrite", sProgram, "--db", sDatabase, "--plan", sPlan});
+    const Outcome applied = m_run.Run({"apply", sPlan, "--json"});
+    EXPECT_EQ(applied.exit, ExitCode::Done) << applied.err;
+    EXPECT_EQ(applied.Json()["lines"], 1);
 }
 
 TEST_F(NomiractlEncodingTest, ThePageDecidesWhatBytesMean) {

@@ -14,7 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using companion::ExitCode;
-using Strings = std::vector<std::string>;
 
 constexpr const char* kFormats[]{"sqlite", "jet3", "jet4"};
 
@@ -24,10 +23,6 @@ const std::string kRows =
 const std::string kAllRows =
     "SELECT Items.Key_id,Module,KeyString,Language_id,String FROM Items LEFT JOIN Messages ON"
     " Items.Key_id=Messages.Key_id ORDER BY 1,4";
-
-bool Contains(const std::string& sText, const std::string& sPart) {
-    return sText.find(sPart) != std::string::npos;
-}
 
 class FormatTest : public ::testing::TestWithParam<const char*> {
   protected:
@@ -189,6 +184,8 @@ TEST_P(FormatTest, AWriteOntoAnAccessFileThatSomebodyHasOpenSaysWhyItCantBe) {
     lock.l_len = 1;
     ASSERT_EQ(::fcntl(nFile, F_OFD_SETLK, &lock), 0);
     EXPECT_EQ(run.Run({"get", "IN_1"}).out, "Pümp\n");
+    const Outcome checked = run.Run({"check", run.Database().string()});
+    EXPECT_TRUE(Contains(checked.out, "[database-not-writable]")) << checked.out;
     const std::string sText = run.Write("in.txt", "IN_1 new\r\nIN_9 new\r\n");
     for (const Strings& command : {Strings{"set", "IN_1", "x"}, Strings{"import", sText},
                                    Strings{"rm", "IN_1"}, Strings{"db", "compact"}}) {

@@ -4,13 +4,10 @@ namespace {
 
 namespace fs = std::filesystem;
 using nomira::testing::BinaryRun;
+using nomira::testing::Contains;
 using nomira::testing::ProcessOutcome;
 using nomira::testing::RunProcess;
-using Strings = std::vector<std::string>;
-
-bool Contains(const std::string& sText, const std::string& sPart) {
-    return sText.find(sPart) != std::string::npos;
-}
+using nomira::testing::Strings;
 
 class NomiractlHelpTest : public ::testing::Test {
   protected:
@@ -28,10 +25,38 @@ Strings HelpOf(const std::string& sCommand) {
 }
 
 TEST_F(NomiractlHelpTest, ExamplesComeAheadOfTheUsage) {
-    for (const char* sCommand :
-         {"list",   "get",   "stats",     "check",   "diff",      "xref",       "completion",
-          "import", "apply", "export",    "rewrite", "harvest",   "set",        "rm",
-          "log",    "undo",  "db create", "db info", "db backup", "db restore", "db verify"}) {
+    for (const char* sCommand : {"list",
+                                 "get",
+                                 "stats",
+                                 "check",
+                                 "diff",
+                                 "xref",
+                                 "completion",
+                                 "import",
+                                 "apply",
+                                 "export",
+                                 "rewrite",
+                                 "harvest",
+                                 "set",
+                                 "rm",
+                                 "log",
+                                 "undo",
+                                 "db create",
+                                 "db info",
+                                 "db backup",
+                                 "db restore",
+                                 "db verify",
+                                 "db",
+                                 "db convert",
+                                 "db compact",
+                                 "controller",
+                                 "controller ls",
+                                 "controller fetch",
+                                 "controller send",
+                                 "controller vars",
+                                 "controller sizes",
+                                 "controller rewrite",
+                                 "version"}) {
         const ProcessOutcome help = m_run.Start(HelpOf(sCommand));
         EXPECT_EQ(help.nStatus, 0);
         const std::size_t nExamples =
@@ -40,7 +65,6 @@ TEST_F(NomiractlHelpTest, ExamplesComeAheadOfTheUsage) {
         EXPECT_LT(nExamples, help.sOut.find("Usage:")) << sCommand;
     }
     EXPECT_TRUE(Contains(m_run.Start({"--help"}).sOut, "Examples:\n  nomiractl check names.txt"));
-    EXPECT_FALSE(Contains(m_run.Start({"version", "--help"}).sOut, "Examples:"));
 }
 
 // Every line that the help shows as an example is one that the command line takes.
@@ -87,9 +111,34 @@ TEST_F(NomiractlHelpTest, AWordThatIsNearlyRightIsSuggested) {
     EXPECT_TRUE(Contains(said({"db", "inof"}), "Did you mean info?\n"));
     EXPECT_TRUE(Contains(said({"import", "a.txt", "--overwirte"}), "Did you mean --overwrite?\n"));
     EXPECT_TRUE(Contains(said({"check", "--fromat=json", "a"}), "Did you mean --format?\n"));
-    EXPECT_FALSE(Contains(said({"frobnicate"}), "Did you mean"));
+    EXPECT_EQ(said({"frobnicate"}),
+              "There is no command frobnicate\nRun with --help for more information.\n");
+    EXPECT_TRUE(Contains(said({"db", "frobnicate"}), "There is no command frobnicate\n"));
+    EXPECT_TRUE(Contains(said({"db"}), "A subcommand is required\n"));
     EXPECT_FALSE(Contains(said({"import", "a.txt", "--nonsense"}), "Did you mean"));
     EXPECT_FALSE(Contains(said({"import"}), "Did you mean"));
+    EXPECT_TRUE(Contains(said({"undo", "x"}), "x is no number of a run"));
+}
+
+TEST_F(NomiractlHelpTest, JsonComesAlone) {
+    for (const Strings& command : {Strings{"import", "a.txt"}, {"rewrite", "a.src"}, {"undo"}}) {
+        Strings args = command;
+        args.insert(args.end(), {"--json", "--diff"});
+        const ProcessOutcome outcome = m_run.Start(args);
+        EXPECT_EQ(outcome.nStatus, 2) << command.front();
+        EXPECT_TRUE(Contains(outcome.sErr, "--json: not with --diff")) << outcome.sErr;
+    }
+}
+
+TEST_F(NomiractlHelpTest, AFileThatLooksLikeAnOptionIsNamedAsItMustBeWritten) {
+    m_run.Write("-x.txt", "IN_1 a\r\n");
+    const auto check = [&](const std::string& sFile) {
+        return m_run.Shell("cd '" + m_run.Root().string() + "' && $N check " + sFile);
+    };
+    EXPECT_TRUE(Contains(check("-x.txt").sErr, "For the file of that name write ./-x.txt\n"));
+    EXPECT_FALSE(Contains(check("-y.txt").sErr, "./"));
+    EXPECT_EQ(check("./-x.txt").nStatus, 0);
+    EXPECT_EQ(check("-- -x.txt").nStatus, 0);
 }
 
 TEST_F(NomiractlHelpTest, VersionIsOneLine) {

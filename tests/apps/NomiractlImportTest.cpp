@@ -8,6 +8,7 @@
 
 #include "adapters/jet/FilePages.h"
 #include "apps/CommandRun.h"
+#include "apps/PrefixTest.h"
 
 extern char** environ;
 
@@ -16,27 +17,18 @@ namespace {
 namespace fs = std::filesystem;
 using nomira::companion::ExitCode;
 using nomira::testing::CommandRun;
+using nomira::testing::Contains;
 using nomira::testing::CreateRefusingStore;
 using nomira::testing::ExecuteOn;
 using nomira::testing::FormatUnderTest;
 using nomira::testing::Outcome;
+using nomira::testing::PrefixTest;
 using nomira::testing::QueryOn;
 using nomira::testing::StoreFormat;
-using Strings = std::vector<std::string>;
+using nomira::testing::Strings;
 
-bool Contains(const std::string& sText, const std::string& sPart) {
-    return sText.find(sPart) != std::string::npos;
-}
-
-class NomiractlImportTest : public ::testing::Test {
+class NomiractlImportTest : public PrefixTest<> {
   protected:
-    NomiractlImportTest() { m_run.CreateDatabase(); }
-
-    // Imports a file of these bytes.
-    Outcome Import(const std::string& bytes, Strings options = {}) {
-        options.insert(options.begin(), {"import", m_run.Write("in.txt", bytes)});
-        return m_run.Run(options);
-    }
     std::string File() const { return (m_run.Root() / "in.txt").string(); }
     void Execute(const std::string& sSql) const { ExecuteOn(m_run.Database(), sSql); }
     // The first item can't be deleted any more.
@@ -69,8 +61,6 @@ class NomiractlImportTest : public ::testing::Test {
                         row["removed"]};
         return {};
     }
-
-    CommandRun m_run;
 };
 
 using Counts = std::vector<int>;

@@ -5,8 +5,8 @@ namespace {
 using nomira::testing::BinaryRun;
 using nomira::testing::ExecuteOn;
 using nomira::testing::ProcessOutcome;
+using nomira::testing::Strings;
 using Json = nlohmann::json;
-using Strings = std::vector<std::string>;
 
 class NomiractlListTest : public ::testing::Test {
   protected:

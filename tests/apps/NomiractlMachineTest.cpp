@@ -8,12 +8,9 @@ namespace {
 
 namespace fs = std::filesystem;
 using nomira::testing::BinaryRun;
+using nomira::testing::Contains;
 using nomira::testing::ProcessOutcome;
-using Strings = std::vector<std::string>;
-
-bool Contains(const std::string& sText, const std::string& sPart) {
-    return sText.find(sPart) != std::string::npos;
-}
+using nomira::testing::Strings;
 
 class NomiractlMachineTest : public ::testing::Test {
   protected:
@@ -181,6 +178,15 @@ TEST_F(NomiractlMachineTest, EveryLocaleGivesTheSameBytes) {
             EXPECT_EQ(other.sErr, plain.sErr) << command[0] << ' ' << sLocale;
         }
     }
+}
+
+// A pipe is waited for by whoever opens it.
+TEST_F(NomiractlMachineTest, APipeInAFolderIsNoProgram) {
+    const ProcessOutcome outcome = Shell(
+        "mkdir C1 && mkfifo C1/a.src && printf idle > C1/b.src &&"
+        " timeout -s KILL 60 \"$N\" rewrite --dry-run C1");
+    EXPECT_EQ(outcome.nStatus, 0) << outcome.sErr;
+    EXPECT_TRUE(Contains(outcome.sOut, "1 programs, ")) << outcome.sOut;
 }
 
 }  // namespace

@@ -1,30 +1,24 @@
 // Plans that are saved, looked at, and applied later; bounds on what a run may change.
-#include "apps/CommandRun.h"
+#include "apps/PrefixTest.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using nomira::companion::ExitCode;
 using nomira::testing::CommandRun;
+using nomira::testing::Contains;
 using nomira::testing::Outcome;
-using Strings = std::vector<std::string>;
-
-bool Contains(const std::string& sText, const std::string& sPart) {
-    return sText.find(sPart) != std::string::npos;
-}
+using nomira::testing::PrefixTest;
+using nomira::testing::Strings;
 
 constexpr const char* kOldProgram = ";FOLD OUT 7 'old' State\r\n";
 constexpr const char* kNewProgram = ";FOLD OUT 7 'Pump' State\r\n";
 
-class NomiractlPlanTest : public ::testing::Test {
+class NomiractlPlanTest : public PrefixTest<> {
   protected:
     NomiractlPlanTest() {
-        m_run.CreateDatabase();
         m_sNames = m_run.Write("names.txt", "OUT_7 Pump\r\nno key\r\nOUT_8 Valve\r\n");
         m_sPlan = (m_run.Root() / "saved.plan").string();
-    }
-    void ExpectDone(const Outcome& outcome) const {
-        EXPECT_EQ(outcome.exit, ExitCode::Done) << outcome.err;
     }
     void ExpectOutdated(const std::string& sFile) const {
         const Outcome applied = m_run.Run({"apply", m_sPlan});
@@ -33,7 +27,6 @@ class NomiractlPlanTest : public ::testing::Test {
             << applied.err;
     }
 
-    CommandRun m_run;
     std::string m_sNames, m_sPlan;
 };
 
@@ -102,6 +95,46 @@ TEST_F(NomiractlPlanTest, APlanOfARewriteIsRefusedOnceAProgramHasChanged) {
     EXPECT_EQ(applied.exit, ExitCode::Files);
     EXPECT_TRUE(Contains(applied.err, "b.src: has changed meanwhile")) << applied.err;
     EXPECT_EQ(CommandRun::Bytes(sFirst), kOldProgram);
+}
+
+TEST_F(NomiractlPlanTest, ItIsRefusedOnceAProgramThatStaysHasChanged) {
+    ExpectDone(m_run.Run({"import", m_sNames}));
+    const std::string sFirst = m_run.Write("a.src", kOldProgram);
+    const std::string sStays = m_run.Write("b.src", kNewProgram);
+    ExpectDone(m_run.Run({"rewrite", sFirst, sStays, "--plan", m_sPlan}));
+    m_run.Write("b.src", kOldProgram);
+    ExpectOutdated("b.src");
+    EXPECT_EQ(CommandRun::Bytes(sFirst), kOldProgram);
+    m_run.Write("b.src", kNewProgram);
+    ExpectDone(m_run.Run({"apply", m_sPlan}));
+    EXPECT_EQ(CommandRun::Bytes(sFirst), kNewProgram);
+}
+
+TEST_F(NomiractlPlanTest, ADryRunIsRefusedAsTheRunWouldBe) {
+    ExpectDone(m_run.Run({"import", m_sNames}));
+    const std::string sFile = m_run.Write("a.src", kOldProgram);
+    ExpectDone(m_run.Run({"rewrite", sFile, "--plan", m_sPlan}));
+    ExpectDone(m_run.Run({"apply", m_sPlan, "--dry-run"}));
+    EXPECT_EQ(CommandRun::Bytes(sFile), kOldProgram);
+    m_run.Write("a.src", std::string(kOldProgram) + "more");
+    ExpectRefused(m_run.Run({"apply", m_sPlan, "--dry-run"}), "a.src: has changed meanwhile",
+                  ExitCode::Files);
+}
+
+TEST_F(NomiractlPlanTest, WhatIsNoPlanIsRefusedInWordsOfTheUser) {
+    const Outcome text = m_run.Run({"apply", m_sNames});
+    ExpectRefused(text, "names.txt: no plan that can be used: its lines are not a plan's");
+    EXPECT_FALSE(Contains(text.err, "json"));
+    ExpectRefused(m_run.Run({"apply", m_run.Write("empty", "")}), "an empty file");
+    ExpectRefused(m_run.Run({"apply", m_run.Root().string()}), "can't be read", ExitCode::Files);
+}
+
+TEST_F(NomiractlPlanTest, ALimitOfChangesIsANumber) {
+    for (const char* sLimit : {"-1", "x", "1.5"})
+        EXPECT_EQ(m_run.Run({"import", m_sNames, "--max-changes", sLimit}).exit,
+                  ExitCode::WrongUsage)
+            << sLimit;
+    EXPECT_TRUE(m_run.Texts().empty());
 }
 
 TEST_F(NomiractlPlanTest, AHarvestIsPlannedAsWell) {

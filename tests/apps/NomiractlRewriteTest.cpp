@@ -2,42 +2,32 @@
 
 #include <thread>
 
-#include "apps/CommandRun.h"
+#include "apps/PrefixTest.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using nomira::companion::ExitCode;
 using nomira::testing::CommandRun;
+using nomira::testing::Contains;
 using nomira::testing::Outcome;
-using Strings = std::vector<std::string>;
-
-bool Contains(const std::string& sText, const std::string& sPart) {
-    return sText.find(sPart) != std::string::npos;
-}
+using nomira::testing::PrefixTest;
+using nomira::testing::Strings;
 
 constexpr const char* kProgram =
     "DEF a()\r\n;FOLD OUT 7 'old' State=TRUE\r$OUT[7]=TRUE\r\n;FOLD OUT 8 'old' State=TRUE";
 constexpr const char* kRewritten =
     "DEF a()\r\n;FOLD OUT 7 'Pump' State=TRUE\r$OUT[7]=TRUE\r\n;FOLD OUT 8 'Valve' State=TRUE";
 
-class NomiractlRewriteTest : public ::testing::Test {
+class NomiractlRewriteTest : public PrefixTest<> {
   protected:
-    NomiractlRewriteTest() {
-        m_run.CreateDatabase();
-        Store("OUT_7 Pump\r\nOUT_8 Valve\r\n");
-    }
+    NomiractlRewriteTest() { Store("OUT_7 Pump\r\nOUT_8 Valve\r\n"); }
 
-    void Store(const std::string& bytes) const {
-        const Outcome stored = m_run.Run({"import", m_run.Write("names.txt", bytes)});
-        ASSERT_EQ(stored.exit, ExitCode::Done) << stored.err;
-    }
+    void Store(const std::string& bytes) const { ExpectDone(Import(bytes)); }
     Outcome Rewrite(Strings args) const {
         args.insert(args.begin(), "rewrite");
         return m_run.Run(args);
     }
-
-    CommandRun m_run;
 };
 
 TEST_F(NomiractlRewriteTest, WritesTheNamesAndKeepsEveryLineEnd) {

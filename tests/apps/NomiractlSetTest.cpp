@@ -1,44 +1,33 @@
 // set and rm, and the keeping of the database: backup, restore, verify.
-#include "apps/CommandRun.h"
+#include "apps/PrefixTest.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using nomira::companion::ExitCode;
 using nomira::testing::CommandRun;
+using nomira::testing::Contains;
 using nomira::testing::CreateRefusingStore;
 using nomira::testing::ExecuteOn;
 using nomira::testing::FormatUnderTest;
 using nomira::testing::Outcome;
+using nomira::testing::PrefixTest;
 using nomira::testing::QueryOn;
 using nomira::testing::StoreFormat;
-using Strings = std::vector<std::string>;
+using nomira::testing::Strings;
 
-bool Contains(const std::string& sText, const std::string& sPart) {
-    return sText.find(sPart) != std::string::npos;
-}
-
-class NomiractlSetTest : public ::testing::Test {
+class NomiractlSetTest : public PrefixTest<> {
   protected:
     NomiractlSetTest() {
-        m_run.CreateDatabase();
         m_sFile = m_run.Write("names.txt", "IN_1 a\r\nIN_2 b\r\nIN_20 c\r\nOUT_1 d\r\n");
         ExpectDone(m_run.Run({"import", m_sFile}));
         m_sBackup = (m_run.Root() / "backup.db").string();
-    }
-    void ExpectDone(const Outcome& outcome) const {
-        EXPECT_EQ(outcome.exit, ExitCode::Done) << outcome.err;
-    }
-    void ExpectRefused(const Outcome& outcome, const std::string& sWords) const {
-        EXPECT_NE(outcome.exit, ExitCode::Done) << outcome.out;
-        EXPECT_TRUE(Contains(outcome.err, sWords)) << outcome.err;
     }
     std::vector<Strings> Rows() const {
         return QueryOn(m_run.Database(),
                        "SELECT * FROM Items LEFT JOIN Messages USING(Key_id) ORDER BY 1");
     }
 
-    CommandRun m_run;
     std::string m_sFile, m_sBackup;
 };
 
@@ -145,10 +134,10 @@ TEST_F(NomiractlSetTest, ABackupIsRestoredAsARunThatCanBeTakenBack) {
 
 TEST_F(NomiractlSetTest, ABackupNeverReplacesAFileAndARestoreTakesAWholeDatabaseOnly) {
     m_run.Write("backup.db", "mine");
-    ExpectRefused(m_run.Run({"db", "backup", m_sBackup}), "exists already");
+    ExpectRefused(m_run.Run({"db", "backup", m_sBackup}), "exists already", ExitCode::Files);
     EXPECT_EQ(CommandRun::Bytes(m_sBackup), "mine");
     const auto before = Rows();
-    ExpectRefused(m_run.Run({"db", "restore", m_sBackup}), "not a database");
+    ExpectRefused(m_run.Run({"db", "restore", m_sBackup}), "not a database", ExitCode::Database);
     EXPECT_EQ(Rows(), before);
 }
 

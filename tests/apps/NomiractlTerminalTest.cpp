@@ -13,8 +13,8 @@ namespace {
 namespace fs = std::filesystem;
 using nomira::testing::BinaryRun;
 using nomira::testing::ProcessOutcome;
+using nomira::testing::Strings;
 using nomira::testing::TerminalRun;
-using Strings = std::vector<std::string>;
 
 // The second of three programs is a pipe, which holds a rewrite up until it has bytes.
 class NomiractlTerminalTest : public ::testing::Test {

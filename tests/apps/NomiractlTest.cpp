@@ -8,17 +8,14 @@ namespace {
 namespace fs = std::filesystem;
 using nomira::companion::ExitCode;
 using nomira::testing::CommandRun;
+using nomira::testing::Contains;
 using nomira::testing::ExecuteOn;
 using nomira::testing::FormatUnderTest;
 using nomira::testing::Outcome;
 using nomira::testing::QueryOn;
 using nomira::testing::StoreFormat;
+using nomira::testing::Strings;
 using nomira::testing::WriteAccessFile;
-using Strings = std::vector<std::string>;
-
-bool Contains(const std::string& sText, const std::string& sPart) {
-    return sText.find(sPart) != std::string::npos;
-}
 
 // A refusal changes nothing, and says why on the error stream alone.
 void ExpectRefused(const Outcome& outcome, const std::string& sWords,

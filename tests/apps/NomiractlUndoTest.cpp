@@ -5,7 +5,7 @@
 
 #include <thread>
 
-#include "apps/CommandRun.h"
+#include "apps/PrefixTest.h"
 #include "testing/Random.h"
 #include "testing/RunProcess.h"
 
@@ -14,19 +14,15 @@ namespace {
 namespace fs = std::filesystem;
 using nomira::companion::ExitCode;
 using nomira::testing::CommandRun;
+using nomira::testing::Contains;
 using nomira::testing::Outcome;
+using nomira::testing::PrefixTest;
 using nomira::testing::QueryOn;
 using nomira::testing::Random;
-using Strings = std::vector<std::string>;
+using nomira::testing::Strings;
 
-bool Contains(const std::string& sText, const std::string& sPart) {
-    return sText.find(sPart) != std::string::npos;
-}
-
-class NomiractlUndoTest : public ::testing::Test {
+class NomiractlUndoTest : public PrefixTest<> {
   protected:
-    NomiractlUndoTest() { m_run.CreateDatabase(); }
-
     // Every row of both tables.
     std::vector<Strings> Rows() const {
         auto rows = QueryOn(m_run.Database(), "SELECT * FROM Items ORDER BY Key_id");
@@ -34,21 +30,11 @@ class NomiractlUndoTest : public ::testing::Test {
             rows.push_back(row);
         return rows;
     }
-    Outcome Import(const std::string& bytes, Strings options = {}) const {
-        options.insert(options.begin(), {"import", m_run.Write("names.txt", bytes)});
-        Outcome done = m_run.Run(options);
-        EXPECT_EQ(done.exit, ExitCode::Done) << done.err;
+    Outcome Import(const std::string& bytes, const Strings& options = {}) const {
+        Outcome done = PrefixTest::Import(bytes, options);
+        ExpectDone(done);
         return done;
     }
-    void ExpectRefused(const Outcome& outcome, const std::string& sWords) const {
-        EXPECT_EQ(outcome.exit, ExitCode::Refused) << outcome.out;
-        EXPECT_TRUE(Contains(outcome.err, sWords)) << outcome.err;
-    }
-    void ExpectDone(const Outcome& outcome) const {
-        EXPECT_EQ(outcome.exit, ExitCode::Done) << outcome.err;
-    }
-
-    CommandRun m_run;
 };
 
 TEST_F(NomiractlUndoTest, TheLogListsTheRunsWithTheirCounts) {
@@ -61,7 +47,7 @@ TEST_F(NomiractlUndoTest, TheLogListsTheRunsWithTheirCounts) {
     EXPECT_EQ(runs[1]["changed"], 1);
     EXPECT_EQ(runs[1]["run"], 2);
     const Outcome log = m_run.Run({"log"});
-    EXPECT_TRUE(Contains(log.out, "names.txt: 2 added\n")) << log.out;
+    EXPECT_TRUE(Contains(log.out, "in.txt: 2 added\n")) << log.out;
 }
 
 TEST_F(NomiractlUndoTest, ARunThatChangesNothingIsNone) {
@@ -155,6 +141,27 @@ TEST_F(NomiractlUndoTest, ADryRunOfUndoShowsAndChangesNothing) {
     EXPECT_TRUE(Contains(shown.out, "-IN_1 a\nwould take back run 1")) << shown.out;
     EXPECT_EQ(m_run.Texts().size(), 1U);
     EXPECT_EQ(m_run.Run({"undo", "--dry-run", "--json"}).Json()["removed"], 1);
+}
+
+TEST_F(NomiractlUndoTest, ADryRunOfUndoIsRefusedAsTheUndoWouldBe) {
+    Import("IN_1 a\r\nOUT_7 Pump\r\n");
+    Import("IN_1 b\r\n");
+    ExpectRefused(m_run.Run({"undo", "1", "--dry-run"}), "has been changed by others");
+    const std::string sFile = m_run.Write("a.src", ";FOLD OUT 7 'old' State\r\n");
+    ExpectDone(m_run.Run({"rewrite", sFile}));
+    ExpectDone(m_run.Run({"undo", "--dry-run"}));
+    m_run.Write("a.src", "edited");
+    ExpectRefused(m_run.Run({"undo", "--dry-run"}), "a.src: has changed meanwhile",
+                  ExitCode::Files);
+    EXPECT_EQ(CommandRun::Bytes(sFile), "edited");
+}
+
+TEST_F(NomiractlUndoTest, TheLogShowsCommandsAsAShellTakesThem) {
+    ExpectDone(m_run.Run({"set", "IN_1", "it's here"}));
+    ExpectDone(m_run.Run({"set", "IN_1", ""}));
+    const std::string sLog = m_run.Run({"log"}).out;
+    EXPECT_TRUE(Contains(sLog, R"( set IN_1 'it'\''s here': 1 added)")) << sLog;
+    EXPECT_TRUE(Contains(sLog, " set IN_1 '': 1 changed")) << sLog;
 }
 
 // Lines with and without names, of any bytes and line ends.

@@ -3,6 +3,7 @@
 
 #include "apps/BinaryRun.h"
 #include "apps/GeneratedFiles.h"
+#include "apps/PrefixTest.h"
 #include "apps/nomiractl/DatabaseWork.h"
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/NameTable.h"
@@ -21,6 +22,7 @@ using nomira::testing::CommandRun;
 using nomira::testing::ExecuteOn;
 using nomira::testing::Generator;
 using nomira::testing::Outcome;
+using nomira::testing::PrefixTest;
 using nomira::testing::Strings;
 
 std::string Decoded(const std::string& bytes) {
@@ -75,10 +77,8 @@ std::string AsText(const RewritePlan& plan) {
     return sText + ToUtf8(g_vLongName);
 }
 
-class RewritePropertyTest : public ::testing::Test {
+class RewritePropertyTest : public PrefixTest<BinaryRun> {
   protected:
-    RewritePropertyTest() { m_run.CreateDatabase(); }
-
     // Names of signals 1 to 9 of each class, some twice, some without a text, some with two.
     void Refill(Generator& any) const {
         const Strings prefixes{"IN_", "OUT_", "ANOUT_", "NoticeText", "TimerText", "FlagText"};
@@ -98,8 +98,6 @@ class RewritePropertyTest : public ::testing::Test {
         }
         ExecuteOn(m_run.Database(), sSql);
     }
-
-    BinaryRun m_run;
 };
 
 // The quick way leaves lines out that are no headers, and asks a table instead of the database.

@@ -127,6 +127,13 @@ TEST_P(RunsTest, AnInterruptLeavesEverythingAsItWas) {
     EXPECT_EQ(FilesIn(JournalPath()), std::vector<std::string>{"lock"});
 }
 
+TEST_F(RunsTest, NothingIsLeftBesideAProgramThatIsGone) {
+    BreakOff(0, AtomicWay::Rename);
+    fs::remove(m_folder / Name(4));
+    OpenJournal(m_options, m_err);
+    EXPECT_EQ(CountPrograms(), static_cast<std::size_t>(kPrograms) - 1);
+}
+
 // The new bytes of the last program don't come out as planned, when the others are written.
 TEST_P(RunsTest, AFailureInTheMiddlePutsTheFirstOnesBack) {
     struct stat before {};

@@ -2,6 +2,7 @@
 // reads.
 #include "apps/BinaryRun.h"
 #include "apps/GeneratedFiles.h"
+#include "apps/PrefixTest.h"
 #include "langtools/CodePage.h"
 #include "langtools/Utf8.h"
 
@@ -17,6 +18,7 @@ using nomira::testing::kNumbers;
 using nomira::testing::kPrefixes;
 using nomira::testing::kTexts;
 using nomira::testing::Outcome;
+using nomira::testing::PrefixTest;
 using nomira::testing::QueryOn;
 using nomira::testing::Strings;
 using Table = std::vector<Strings>;
@@ -28,10 +30,8 @@ std::string Quoted(const std::string& bytes) {
     return "'" + sText + "'";
 }
 
-class UndoPropertyTest : public ::testing::Test {
+class UndoPropertyTest : public PrefixTest<BinaryRun> {
   protected:
-    UndoPropertyTest() { m_run.CreateDatabase(); }
-
     // All rows, whatever order they lie in.
     std::vector<Table> Rows() const {
         return {QueryOn(m_run.Database(),
@@ -109,8 +109,6 @@ class UndoPropertyTest : public ::testing::Test {
                 return {"apply", sPlan};
         }
     }
-
-    BinaryRun m_run;
 };
 
 TEST_F(UndoPropertyTest, UndoGivesBackWhatWasThere) {

@@ -6,14 +6,14 @@
 
 #include "adapters/memory/MemoryMachine.h"
 #include "platform/Platform.h"
-#include "testing/ForwardingFiles.h"
 #include "testing/ForwardingPorts.h"
+#include "testing/NotingFiles.h"
 #include "ui/formlayer/FormLayer.h"
 
 namespace nomira::testing {
 
 // Entries are as u"show StdForm", u"caption TITLE" (the form's own), u"label WORDS" (at the
-// refresh), u"unload StdForm", u"box TEXT", and those of ForwardingFiles. A label that is set
+// refresh), u"unload StdForm", u"box TEXT", and those of NotingFiles. A label that is set
 // without a refresh leaves no entry.
 class BatchTimeline : public View, public memory::MemoryDesktop {
   public:
@@ -46,7 +46,7 @@ class BatchTimeline : public View, public memory::MemoryDesktop {
     }
 
   private:
-    ForwardingFiles m_files;
+    NotingFiles m_files;
 };
 
 }  // namespace nomira::testing

@@ -2,8 +2,8 @@
 
 #include "adapters/memory/MemoryMachine.h"
 #include "langtools/BasicText.h"
+#include "platform/ForwardingFiles.h"
 #include "platform/Platform.h"
-#include "testing/ForwardingFiles.h"
 #include "testing/ForwardingPorts.h"
 #include "testing/Raised.h"
 #include "testing/TextPrinting.h"
@@ -65,13 +65,12 @@ TEST_F(FileListsTest, ADriveListBeginsOnDriveC) {
 
 TEST(DriveListTest, WithoutADriveCItBeginsOnTheFirst) {
     memory::MemoryMachine machine;
-    class TwoDrives : public testing::ForwardingFiles {
+    class TwoDrives : public ForwardingFiles {
       public:
         using ForwardingFiles::ForwardingFiles;
         std::vector<Text> Drives() override { return {u"D:", u"E:"}; }
     };
-    std::vector<Text> happened;
-    TwoDrives files(machine.files, happened);
+    TwoDrives files(machine.files);
     Platform platform = testing::PortsOf(machine);
     platform.files = &files;
     SetPlatform(platform);

@@ -3,7 +3,7 @@
 #include "langtools/CParser.h"
 #include "langtools/CodePage.h"
 #include "link/LinkFixture.h"
-#include "testing/ForwardingFiles.h"
+#include "platform/ForwardingFiles.h"
 #include "testing/ForwardingPorts.h"
 
 namespace nomira::testing {
@@ -154,8 +154,7 @@ class UnlistableFiles : public ForwardingFiles {
 };
 
 TEST_F(ProgramTransferTest, ListingThatFailsIsAnEmptyOne) {
-    Texts happened;
-    UnlistableFiles files(m_machine.files, happened);
+    UnlistableFiles files(m_machine.files);
     Platform platform = PortsOf(m_machine);
     platform.files = &files;
     SetPlatform(platform);

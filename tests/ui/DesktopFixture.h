@@ -17,7 +17,7 @@
 #include "langtools/BasicText.h"
 #include "link/cVexonComm.h"
 #include "platform/Platform.h"
-#include "testing/ForwardingFiles.h"
+#include "testing/NotingFiles.h"
 #include "testing/TestDatabase.h"
 #include "testing/TextPrinting.h"
 #include "ui/NomiraMain.h"
@@ -70,9 +70,9 @@ class StepView : public memory::RecordingView {
 };
 
 // The disk as it is, but for drives that it has and that can't be read.
-class DrivesWithoutDisk : public ForwardingFiles {
+class DrivesWithoutDisk : public NotingFiles {
   public:
-    using ForwardingFiles::ForwardingFiles;
+    using NotingFiles::NotingFiles;
     // Such drives, as u"D:", and the number that reading one raises.
     Texts drives;
     ErrorNumber number = ErrorNumber::DeviceUnavailable;
@@ -81,7 +81,7 @@ class DrivesWithoutDisk : public ForwardingFiles {
 
     Texts Drives() override {
         if (bNone) return {};
-        Texts all = ForwardingFiles::Drives();
+        Texts all = NotingFiles::Drives();
         for (const Text& sDrive : drives)
             if (std::ranges::find(all, sDrive) == all.end()) all.push_back(sDrive);
         std::ranges::sort(all);
@@ -91,7 +91,7 @@ class DrivesWithoutDisk : public ForwardingFiles {
         const bool bBad = std::ranges::any_of(
             drives, [&](const Text& sDrive) { return EqualNoCase(Left(sPath, 2), sDrive); });
         if (bBad) Raise(number);
-        return ForwardingFiles::GetAttr(sPath);
+        return NotingFiles::GetAttr(sPath);
     }
 };
 

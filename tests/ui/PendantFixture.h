@@ -20,8 +20,8 @@
 #include "frame/Settings.h"
 #include "langtools/ProgramEnd.h"
 #include "link/cVexonComm.h"
+#include "platform/ForwardingFiles.h"
 #include "platform/Platform.h"
-#include "testing/ForwardingFiles.h"
 #include "testing/ForwardingPorts.h"
 #include "testing/Raised.h"
 #include "testing/TestDatabase.h"
@@ -43,7 +43,7 @@ using Texts = std::vector<Text>;
 class PendantFiles : public ForwardingFiles {
   public:
     PendantFiles(Files& inner, std::filesystem::path folder)
-        : ForwardingFiles(inner, m_happened), m_databases(std::move(folder)) {}
+        : ForwardingFiles(inner), m_databases(std::move(folder)) {}
 
     static constexpr TextView kEmptyDrive = u"q:";
     // The drives that can't be read, in small letters.
@@ -88,7 +88,6 @@ class PendantFiles : public ForwardingFiles {
             Raise(ErrorNumber::DiskNotReady);
     }
 
-    std::vector<Text> m_happened;
     FolderFiles m_databases;
 };
 

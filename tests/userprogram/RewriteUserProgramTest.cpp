@@ -10,7 +10,7 @@
 #include "frame/ProgramVariables.h"
 #include "frame/Progress.h"
 #include "langtools/RuntimeError.h"
-#include "testing/ForwardingFiles.h"
+#include "platform/ForwardingFiles.h"
 #include "testing/ForwardingPorts.h"
 #include "testing/Raised.h"
 #include "testing/TextPrinting.h"
@@ -262,8 +262,8 @@ TEST_F(RewriteUserProgramTest, BarGoesWhenTheProgramIsReadAndBeforeItIsWritten) 
 TEST_F(RewriteUserProgramTest, ProgramIsClosedBeforeItIsOpenedForWriting) {
     class CountingFiles : public ForwardingFiles {
       public:
-        CountingFiles(memory::MemoryFiles& inner, std::vector<Text>& happened)
-            : ForwardingFiles(inner, happened), m_memory(inner) {}
+        explicit CountingFiles(memory::MemoryFiles& inner)
+            : ForwardingFiles(inner), m_memory(inner) {}
         std::unique_ptr<OutputFile> OpenForOutput(TextView sPath) override {
             openAtOutput.push_back(m_memory.OpenFiles());
             return ForwardingFiles::OpenForOutput(sPath);
@@ -273,8 +273,7 @@ TEST_F(RewriteUserProgramTest, ProgramIsClosedBeforeItIsOpenedForWriting) {
       private:
         memory::MemoryFiles& m_memory;
     };
-    std::vector<Text> happened;
-    CountingFiles files(m_machine.files, happened);
+    CountingFiles files(m_machine.files);
     Platform platform = PortsOf(m_machine);
     platform.files = &files;
     SetPlatform(platform);

@@ -6,6 +6,7 @@
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/PlanViews.h"
 #include "apps/nomiractl/Runs.h"
+#include "apps/nomiractl/WriteJson.h"
 
 namespace nomira::companion {
 namespace {
@@ -20,7 +21,7 @@ namespace fs = std::filesystem;
 }
 
 // The files, and the database with all its names, from which the plan was worked out. Its programs
-// are looked at when they are changed.
+// are looked at by RunPlan.
 void RequireSameInputs(const Plan& plan, const Options& options) {
     for (const PlanInput& input : plan.inputs)
         if (InputOf(input.file).fingerprint != input.fingerprint) RefuseChanged(input.file);
@@ -36,7 +37,7 @@ void Show(const Options& options, const Plan& plan, Streams streams) {
     if (options.bJson) {
         nlohmann::ordered_json json{{"plan", options.file.string()}, {"dry_run", options.bDryRun}};
         json.update(PlanAsJson(plan));
-        streams.out << json.dump(2) << '\n';
+        WriteJson(streams.out, json);
     } else if (!options.bQuiet) {
         fmt::print(streams.out, "\"{}\"{}: {}\n", CommandLine(plan),
                    options.bDryRun ? " (dry run, nothing was changed)" : "", InWords(Count(plan)));
@@ -51,7 +52,7 @@ ExitCode ApplySavedPlan(const Options& options, Streams streams) {
     PlanOnDisk saved = ReadPlan(options.file);
     RequireSameInputs(saved.plan, options);
     if (options.bDiff) PrintDiff(saved.plan, streams.out);
-    if (journal) RunPlan(saved.plan, *journal, options, streams.err);
+    RunPlan(saved.plan, journal ? &*journal : nullptr, options, streams.err);
     Show(options, saved.plan, streams);
     return ExitCode::Done;
 }

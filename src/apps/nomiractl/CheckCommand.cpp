@@ -10,11 +10,13 @@
 #include <utility>
 #include <vector>
 
+#include "apps/nomiractl/AccessLook.h"
 #include "apps/nomiractl/Baseline.h"
 #include "apps/nomiractl/Commands.h"
 #include "apps/nomiractl/DatabaseCheck.h"
 #include "apps/nomiractl/DatabaseWork.h"
 #include "apps/nomiractl/EarlierName.h"
+#include "apps/nomiractl/FileChecks.h"
 #include "apps/nomiractl/FileKind.h"
 #include "apps/nomiractl/FindingFormats.h"
 #include "apps/nomiractl/InOrder.h"
@@ -26,16 +28,25 @@
 #include "apps/nomiractl/ProgressBar.h"
 #include "apps/nomiractl/RegistryCheck.h"
 #include "apps/nomiractl/ReplaceFile.h"
+#include "apps/nomiractl/StoreFormats.h"
 #include "apps/nomiractl/Terminal.h"
 #include "apps/nomiractl/TextFileCheck.h"
 #include "apps/nomiractl/TextSource.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WriteJson.h"
 #include "langtools/RuntimeError.h"
 
 namespace nomira::companion {
 namespace {
 
 namespace fs = std::filesystem;
+
+// Empty for a database that takes an import.
+std::string WhyNotWritable(const fs::path& database) {
+    if (!IsWritable(database)) return "the file is read-only";
+    if (RequireFormat(database) == StoreFormat::Sqlite) return {};
+    return LookIntoAccessFile(database).sWhyNotWritable;
+}
 
 class CheckRun {
   public:
@@ -206,6 +217,8 @@ class CheckRun {
         machine.PrintWarnings(m_streams.err);
         DatabaseWork database(machine.Database(), machine.Engine(), DatabaseUse::Read);
         m_findings.Begin(path.string(), "database");
+        if (const std::string sWhy = WhyNotWritable(path); !sWhy.empty())
+            m_findings.Add(Rule::DatabaseNotWritable, {}, {}, {sWhy});
         CheckNames(database, m_findings);
     }
 
@@ -276,7 +289,7 @@ ExitCode ListRules(const Options& options, Streams streams) {
             fmt::print(streams.out, "| `{}` | {} | {} | {} |\n", row.sId,
                        SeverityName(row.severity), row.sSentence, row.sWhy);
     }
-    if (options.bJson) streams.out << json.dump(2) << '\n';
+    if (options.bJson) WriteJson(streams.out, json);
     return ExitCode::Done;
 }
 

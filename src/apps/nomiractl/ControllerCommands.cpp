@@ -10,6 +10,7 @@
 #include "apps/nomiractl/ControllerLink.h"
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WriteJson.h"
 #include "link/SystemSizes.h"
 
 namespace nomira::companion {
@@ -44,7 +45,7 @@ ExitCode WorkEach(const std::vector<std::string>& names, const Options& options,
         }
     }
     if (options.bJson)
-        streams.out << Json{{"failed", nFailed}, {"results", std::move(all)}}.dump(2) << '\n';
+        WriteJson(streams.out, Json{{"failed", nFailed}, {"results", std::move(all)}});
     return exit;
 }
 
@@ -115,7 +116,7 @@ ExitCode ListController(const Options& options, Streams streams) {
         Json json{{"directory", Utf8(sDirectory)}, {"names", Json::array()}};
         for (const Text& sName : names)
             json["names"].push_back(Utf8(sName));
-        streams.out << json.dump(2) << '\n';
+        WriteJson(streams.out, json);
     } else if (!options.bQuiet) {
         for (const Text& sName : names)
             fmt::print(streams.out, "{}\n", ShownWhole(sName));
@@ -174,7 +175,7 @@ ExitCode ShowSizes(const Options& options, Streams streams) {
             fmt::print(streams.out, "{:<22}{:>6}  {}\n", Utf8(size.sVariable), size.nSize,
                        source.sWords);
     }
-    if (options.bJson) streams.out << json.dump(2) << '\n';
+    if (options.bJson) WriteJson(streams.out, json);
     return ExitCode::Done;
 }
 

@@ -8,6 +8,7 @@
 #include "apps/nomiractl/PlanViews.h"
 #include "apps/nomiractl/Runs.h"
 #include "apps/nomiractl/TextSource.h"
+#include "apps/nomiractl/WriteJson.h"
 
 namespace nomira::companion {
 
@@ -38,7 +39,7 @@ void ShowDatabaseRun(const Plan& plan, const Options& options, std::ostream& out
         nlohmann::ordered_json json{{"database", plan.database.string()},
                                     {"dry_run", OnlyLooks(options)}};
         json.update(PlanAsJson(plan));
-        out << json.dump(2) << '\n';
+        WriteJson(out, json);
     } else if (!options.bQuiet) {
         fmt::print(out, "{}: {}{}\n", plan.database.string(), InWords(Count(plan)),
                    OnlyLooks(options) ? " (dry run, nothing was changed)" : "");

@@ -14,6 +14,7 @@
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/StoreFormats.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WriteJson.h"
 #include "langtools/RuntimeError.h"
 
 namespace nomira::companion {
@@ -144,10 +145,8 @@ ExitCode CreateDatabase(const Options& options, Streams streams) {
                       ExitCode::Files);
     }
     if (options.bJson)
-        streams.out
-            << nlohmann::ordered_json{{"database", options.file.string()}, {"created", true}}.dump(
-                   2)
-            << '\n';
+        WriteJson(streams.out,
+                  nlohmann::ordered_json{{"database", options.file.string()}, {"created", true}});
     else if (!options.bQuiet)
         fmt::print(streams.out, "{}: an empty message database\n", options.file.string());
     return ExitCode::Done;
@@ -158,7 +157,7 @@ ExitCode ShowDatabase(const Options& options, Streams streams) {
     machine.PrintWarnings(streams.err);
     const DatabaseInfo info = ReadInfo(machine, machine.Engine());
     if (options.bJson)
-        streams.out << AsJson(info, machine.Database()).dump(2) << '\n';
+        WriteJson(streams.out, AsJson(info, machine.Database()));
     else if (!options.bQuiet)
         Print(info, machine.Database(), streams.out);
     for (const Text& sProblem : info.problems)

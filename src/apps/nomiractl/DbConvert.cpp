@@ -11,6 +11,7 @@
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/StoreFormats.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WriteJson.h"
 #include "langtools/RuntimeError.h"
 
 namespace nomira::companion {
@@ -46,12 +47,10 @@ ExitCode ConvertDatabase(const Options& options, Streams streams) {
         return sqlite::ConvertFile(machine.Database(), options.file, format);
     });
     if (options.bJson)
-        streams.out << nlohmann::ordered_json{{"database", machine.Database().string()},
-                                              {"made", options.file.string()},
-                                              {"format", NameOf(format)},
-                                              {"left_out", leftOut}}
-                           .dump(2)
-                    << '\n';
+        WriteJson(streams.out, nlohmann::ordered_json{{"database", machine.Database().string()},
+                                                      {"made", options.file.string()},
+                                                      {"format", NameOf(format)},
+                                                      {"left_out", leftOut}});
     else if (!options.bQuiet)
         fmt::print(streams.out, "{}: {} as {}\n", options.file.string(),
                    machine.Database().string(), NameOf(format));
@@ -76,12 +75,10 @@ ExitCode CompactDatabaseFile(const Options& options, Streams streams) {
     }
     const std::uintmax_t nNow = fs::file_size(path);
     if (options.bJson)
-        streams.out << nlohmann::ordered_json{{"database", path.string()},
-                                              {"bytes_before", nBefore},
-                                              {"bytes", nNow},
-                                              {"left_out", result.leftOut}}
-                           .dump(2)
-                    << '\n';
+        WriteJson(streams.out, nlohmann::ordered_json{{"database", path.string()},
+                                                      {"bytes_before", nBefore},
+                                                      {"bytes", nNow},
+                                                      {"left_out", result.leftOut}});
     else if (!options.bQuiet)
         fmt::print(streams.out, "{}: {} bytes, {} before\n", path.string(), nNow, nBefore);
     ShowLeftOut(result.leftOut, options, streams);

@@ -11,6 +11,7 @@
 #include "apps/nomiractl/Interrupt.h"
 #include "apps/nomiractl/Runs.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WriteJson.h"
 #include "database/adoModul.h"
 #include "langtools/RuntimeError.h"
 
@@ -65,10 +66,8 @@ ExitCode BackUpDatabase(const Options& options, Streams streams) {
                       ExitCode::Files);
     }
     if (options.bJson)
-        streams.out << nlohmann::ordered_json{{"database", machine.Database().string()},
-                                              {"backup", options.file.string()}}
-                           .dump(2)
-                    << '\n';
+        WriteJson(streams.out, nlohmann::ordered_json{{"database", machine.Database().string()},
+                                                      {"backup", options.file.string()}});
     else if (!options.bQuiet)
         fmt::print(streams.out, "{}: a copy of {}\n", options.file.string(),
                    machine.Database().string());
@@ -97,11 +96,9 @@ ExitCode VerifyDatabase(const Options& options, Streams streams) {
     const Rows rows = database.ReadRows();
     const std::vector<std::string> problems = Problems(database);
     if (options.bJson)
-        streams.out << nlohmann::ordered_json{{"database", machine.Database().string()},
-                                              {"keys", rows.size()},
-                                              {"problems", problems}}
-                           .dump(2)
-                    << '\n';
+        WriteJson(streams.out, nlohmann::ordered_json{{"database", machine.Database().string()},
+                                                      {"keys", rows.size()},
+                                                      {"problems", problems}});
     else if (!options.bQuiet && problems.empty())
         fmt::print(streams.out, "{}: {} keys, whole\n", machine.Database().string(), rows.size());
     for (const std::string& sProblem : problems)

@@ -20,6 +20,7 @@
 #include "apps/nomiractl/ProgressBar.h"
 #include "apps/nomiractl/TextSource.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WriteJson.h"
 #include "langtools/RuntimeError.h"
 
 namespace nomira::companion {
@@ -252,7 +253,7 @@ void PrintJson(const Side& left, const Side& right, const std::vector<Row>& rows
                                        {"old", AsJson(row.pOld)},
                                        {"new", AsJson(row.pNew)}});
     }
-    out << json.dump(2) << '\n';
+    WriteJson(out, json);
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "apps/nomiractl/TextForm.h"
 #include "apps/nomiractl/TextSource.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WriteJson.h"
 #include "conversion/PassObserver.h"
 #include "conversion/TextExport.h"
 #include "langtools/CodePage.h"
@@ -224,7 +225,7 @@ ExitCode ExportTextFile(const Options& options, Streams streams) {
     if (bStream || (options.bQuiet && !options.bJson)) return exit;
     const bool bWritten = bWritable && !bytes.empty();
     if (options.bJson)
-        streams.out << AsJson(report, options, machine, bWritten).dump(2) << '\n';
+        WriteJson(streams.out, AsJson(report, options, machine, bWritten));
     else if (bWritable)
         PrintReport(report, options, machine, bWritten, streams.out);
     return exit;

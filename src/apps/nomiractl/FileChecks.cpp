@@ -4,10 +4,12 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <optional>
 #include <string>
 #include <system_error>
 
 #include "apps/nomiractl/Refusal.h"
+#include "nativefiles/NativeFiles.h"
 
 namespace nomira::companion {
 namespace {
@@ -30,27 +32,17 @@ void RequireReadable(const fs::path& path) {
                   ExitCode::Files);
 }
 
-// Nobody's write bit keeps the superuser out as well: the database adapter sees it so.
-bool IsWritable(const fs::path& path, const fs::file_status& status) {
-    constexpr fs::perms kAnyoneWrites =
-        fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
-    const bool bWritable = (status.permissions() & kAnyoneWrites) != fs::perms::none;
-    return bWritable && ::access(path.c_str(), W_OK) == 0;
-}
-
-void RequireWritable(const fs::path& path, const fs::file_status& status) {
-    if (IsWritable(path, status)) return;
-    throw Refusal(
-        fmt::format("{0}: the database is read-only; allow it with: chmod u+w {0}", path.string()),
-        ExitCode::Database);
-}
-
 }  // namespace
+
+bool IsWritable(const fs::path& path) {
+    const std::optional<struct stat> status = nativefiles::StatusOf(path);
+    return status && !nativefiles::IsWriteProtected(*status) && ::access(path.c_str(), W_OK) == 0;
+}
 
 void RequireWritable(const fs::path& path) {
     const fs::file_status status = StatusOf(path);
     if (!fs::is_regular_file(status)) throw Refusal("not a plain file", ExitCode::Files);
-    if (IsWritable(path, status)) return;
+    if (IsWritable(path)) return;
     throw Refusal(fmt::format("the file is read-only; allow it with: chmod u+w {}", path.string()),
                   ExitCode::Files);
 }
@@ -98,7 +90,10 @@ void CheckDatabase(const fs::path& path, DatabaseUse use) {
                                   path.string()),
                       ExitCode::Database);
     RequireReadable(path);
-    if (use == DatabaseUse::Write) RequireWritable(path, status);
+    if (use == DatabaseUse::Write && !IsWritable(path))
+        throw Refusal(fmt::format("{0}: the database is read-only; allow it with: chmod u+w {0}",
+                                  path.string()),
+                      ExitCode::Database);
 }
 
 }  // namespace nomira::companion

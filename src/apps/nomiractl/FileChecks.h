@@ -9,6 +9,10 @@ namespace nomira::companion {
 // A file that can be read, to be imported.
 void CheckTextFile(const std::filesystem::path& path);
 
+// Whether this process may write to the file, if it is there. Nobody's write bit keeps the
+// superuser out as well: the database adapter sees it so.
+bool IsWritable(const std::filesystem::path& path);
+
 // A program that can be changed.
 void RequireWritable(const std::filesystem::path& path);
 

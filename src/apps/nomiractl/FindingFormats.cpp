@@ -11,6 +11,7 @@
 
 #include "adapters/posix/NativeName.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WriteJson.h"
 
 namespace nomira::companion {
 namespace {
@@ -195,7 +196,7 @@ void PrintJson(const Findings& findings, std::size_t nKnown, bool bPredict, std:
         json["files"].push_back(AsJson(file, bPredict));
     for (const Finding& finding : findings.All())
         json["findings"].push_back(AsJson(finding));
-    out << json.dump(2) << '\n';
+    WriteJson(out, json);
 }
 
 void PrintSarif(const Findings& findings, std::ostream& out) {
@@ -212,11 +213,9 @@ void PrintSarif(const Findings& findings, std::ostream& out) {
     const Json driver{{"name", "nomiractl"}, {"version", NOMIRA_VERSION}, {"rules", rules}};
     const Json run{
         {"tool", {{"driver", driver}}}, {"columnKind", "utf16CodeUnits"}, {"results", results}};
-    out << Json{{"$schema", "https://json.schemastore.org/sarif-2.1.0.json"},
-                {"version", "2.1.0"},
-                {"runs", Json::array({run})}}
-               .dump(2)
-        << '\n';
+    WriteJson(out, Json{{"$schema", "https://json.schemastore.org/sarif-2.1.0.json"},
+                        {"version", "2.1.0"},
+                        {"runs", Json::array({run})}});
 }
 
 void PrintJunit(const Findings& findings, std::ostream& out) {

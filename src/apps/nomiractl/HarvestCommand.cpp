@@ -13,6 +13,7 @@
 #include "apps/nomiractl/Runs.h"
 #include "apps/nomiractl/TextSource.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WriteJson.h"
 #include "database/adoModul.h"
 #include "ui/NomiraMain.h"
 #include "ui/StdBofForm.h"
@@ -74,12 +75,10 @@ void Show(const Options& options, const ByClass<ClassChanges>& changes, std::ost
                             {"changed", changes[n].nChanged},
                             {"unchanged", changes[n].nUnchanged},
                             {"removed", changes[n].nRemoved}});
-        out << nlohmann::ordered_json{{"file", options.file.string()},
-                                      {"dry_run", OnlyLooks(options)},
-                                      {"signals", CountHarvested()},
-                                      {"classes", json}}
-                   .dump(2)
-            << '\n';
+        WriteJson(out, nlohmann::ordered_json{{"file", options.file.string()},
+                                              {"dry_run", OnlyLooks(options)},
+                                              {"signals", CountHarvested()},
+                                              {"classes", json}});
         return;
     }
     if (options.bQuiet) return;

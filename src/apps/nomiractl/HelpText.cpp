@@ -55,21 +55,20 @@ class Walk {
   public:
     explicit Walk(const CLI::App& app) : m_chain{&app} {}
 
-    // The suggestion for the first word that isn't known.
-    std::string Run(const std::vector<std::string>& args) {
+    std::optional<UnknownWord> Run(const std::vector<std::string>& args) {
         for (std::size_t n = 0; n < args.size() && args[n] != "--"; ++n) {
             if (IsOption(args[n])) {
                 const std::string sName = args[n].substr(0, args[n].find('='));
                 const CLI::Option* option = FindOption(sName);
-                if (!option) return Nearest(sName, OptionNames());
+                if (!option) return UnknownWord{args[n], Nearest(sName, OptionNames()), true};
                 if (option->get_items_expected_max() > 0 && sName == args[n]) ++n;  // its value
             } else if (const CLI::App* sub = SubcommandOf(*m_chain.back(), args[n])) {
                 m_chain.push_back(sub);
             } else if (!m_chain.back()->get_subcommands({}).empty()) {
-                return Nearest(args[n], CommandNames());
+                return UnknownWord{args[n], Nearest(args[n], CommandNames()), false};
             }
         }
-        return {};
+        return std::nullopt;
     }
 
   private:
@@ -123,7 +122,8 @@ std::string HelpText::make_usage(const CLI::App* app, std::string sName) const {
     return sText + CLI::Formatter::make_usage(app, std::move(sName));
 }
 
-std::string DidYouMean(const CLI::App& app, const std::vector<std::string>& args) {
+std::optional<UnknownWord> FindUnknownWord(const CLI::App& app,
+                                           const std::vector<std::string>& args) {
     return Walk(app).Run(args);
 }
 

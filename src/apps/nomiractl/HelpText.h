@@ -2,6 +2,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,8 +19,15 @@ std::string CommandWords(const CLI::App& app);
 // The commands of a command, or of the program, that its help shows.
 std::vector<const CLI::App*> VisibleCommands(const CLI::App& app);
 
-// What the user may have meant by a command or option that isn't there: words that don't stand in
-// `app` or the command that was chosen. Empty if everything is known, or nothing is near.
-std::string DidYouMean(const CLI::App& app, const std::vector<std::string>& args);
+// A word of the command line that is no command or option where it stands.
+struct UnknownWord {
+    std::string sWord;
+    std::string sMeant;  // what the user may have meant; empty if nothing is near
+    bool bOption;
+};
+
+// The first one; nullopt if all are known to `app` or the command that was chosen.
+std::optional<UnknownWord> FindUnknownWord(const CLI::App& app,
+                                           const std::vector<std::string>& args);
 
 }  // namespace nomira::companion

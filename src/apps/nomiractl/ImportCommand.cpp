@@ -11,6 +11,7 @@
 #include "apps/nomiractl/ProgressBar.h"
 #include "apps/nomiractl/Runs.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WriteJson.h"
 #include "conversion/TextImport.h"
 #include "frame/Settings.h"
 
@@ -104,7 +105,7 @@ std::uint64_t LinesToRead(const TextSource& source, const Options& options) {
 
 void Show(const ImportReport& report, const Options& options, Streams streams) {
     if (options.bJson)
-        streams.out << ReportAsJson(report).dump(2) << '\n';
+        WriteJson(streams.out, ReportAsJson(report));
     else if (!options.bQuiet)
         PrintReport(report, streams.out);
     PrintFailures(report, streams.err);

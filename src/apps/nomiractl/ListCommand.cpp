@@ -15,6 +15,7 @@
 #include "apps/nomiractl/Terminal.h"
 #include "apps/nomiractl/TextForm.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WriteJson.h"
 #include "langtools/BasicText.h"
 #include "langtools/CodePage.h"
 
@@ -157,7 +158,7 @@ void PrintJson(const std::vector<Got>& all, std::ostream& out) {
                             {"state", "absent"},
                             {"text", nullptr}});
     }
-    out << json.dump(2) << '\n';
+    WriteJson(out, json);
 }
 
 // One key gives its bare text, for scripts.
@@ -185,7 +186,7 @@ ExitCode ListNames(const Options& options, Streams streams) {
         Json json = Json::array();
         for (const Row& row : rows)
             json.push_back(AsJson(row));
-        streams.out << json.dump(2) << '\n';
+        WriteJson(streams.out, json);
     } else if (!options.bQuiet) {
         Print(rows, Cells(options), streams.out);
     }

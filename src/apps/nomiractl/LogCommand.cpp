@@ -10,6 +10,7 @@
 #include "apps/nomiractl/Commands.h"
 #include "apps/nomiractl/RunLog.h"
 #include "apps/nomiractl/Runs.h"
+#include "apps/nomiractl/WriteJson.h"
 
 namespace nomira::companion {
 namespace {
@@ -48,7 +49,7 @@ ExitCode ShowRuns(const Options& options, Streams streams) {
         auto json = nlohmann::ordered_json::array();
         for (const RunEntry& entry : entries)
             json.push_back(AsJson(entry));
-        streams.out << nlohmann::ordered_json{{"runs", std::move(json)}}.dump(2) << '\n';
+        WriteJson(streams.out, nlohmann::ordered_json{{"runs", std::move(json)}});
         return ExitCode::Done;
     }
     if (options.bQuiet) return ExitCode::Done;

@@ -75,6 +75,8 @@ class Arguments {
         m_app.parse(args);
         if (m_options.bJson && m_command == ExportTextFile && m_options.file == "-")
             throw CLI::ValidationError("--json", "needs a file as the export's target");
+        if (m_options.bJson && m_options.bDiff)
+            throw CLI::ValidationError("--json", "not with --diff: both are written to the output");
         if (m_command == RewriteOnRobot && m_options.bAll != m_options.names.empty())
             throw CLI::ValidationError("controller rewrite", "needs programs, or --all");
         CheckTarget();
@@ -82,9 +84,15 @@ class Arguments {
 
     // For --help as well as for errors.
     ExitCode Explain(const CLI::ParseError& error, std::ostream& out, std::ostream& err) const {
-        if (m_app.exit(error, out, err) == 0) return ExitCode::Done;
-        const std::string sMeant = DidYouMean(m_app, m_args);
-        if (!sMeant.empty()) fmt::print(err, "Did you mean {}?\n", sMeant);
+        const auto unknown = FindUnknownWord(m_app, m_args);
+        const bool bHelp = error.get_exit_code() == 0;
+        if (unknown && !unknown->bOption && !bHelp)
+            fmt::print(err, "There is no command {}\nRun with --help for more information.\n",
+                       unknown->sWord);
+        else
+            m_app.exit(error, out, err);
+        if (bHelp) return ExitCode::Done;
+        if (unknown) PrintMeant(*unknown, err);
         return ExitCode::WrongUsage;
     }
 
@@ -97,6 +105,14 @@ class Arguments {
     }
 
   private:
+    static void PrintMeant(const UnknownWord& unknown, std::ostream& err) {
+        std::error_code ignored;
+        if (!unknown.sMeant.empty())
+            fmt::print(err, "Did you mean {}?\n", unknown.sMeant);
+        else if (unknown.bOption && std::filesystem::exists(unknown.sWord, ignored))
+            fmt::print(err, "For the file of that name write ./{}\n", unknown.sWord);
+    }
+
     // What needs nothing but the command line.
     void AddCommandsOnItself() {
         CLI::App* version = Add(m_app, "version", "Show the version", nullptr);

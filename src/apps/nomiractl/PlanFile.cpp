@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <fstream>
+#include <system_error>
 #include <utility>
 
 #include "apps/nomiractl/Refusal.h"
@@ -173,9 +174,14 @@ PlanOnDisk ReadLines(std::istream& in) {
 template <typename Work>
 auto InPlanWords(const fs::path& file, Work work) {
     std::ifstream in(file, std::ios::binary);
-    if (!in) throw Refusal(fmt::format("{}: can't be read", file.string()), ExitCode::Files);
+    std::error_code ignored;
+    if (!in || fs::is_directory(file, ignored))
+        throw Refusal(fmt::format("{}: can't be read", file.string()), ExitCode::Files);
     try {
         return work(in);
+    } catch (const Json::exception&) {
+        throw Refusal(
+            fmt::format("{}: no plan that can be used: its lines are not a plan's", file.string()));
     } catch (const std::exception& error) {
         throw Refusal(fmt::format("{}: no plan that can be used: {}", file.string(), error.what()));
     }

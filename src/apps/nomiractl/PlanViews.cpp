@@ -4,6 +4,9 @@
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
+#include <algorithm>
+#include <cctype>
+#include <cstring>
 #include <sstream>
 #include <system_error>
 
@@ -48,6 +51,18 @@ Json AsJson(const Texts& texts) {
     return json;
 }
 
+// As a shell takes it for one word.
+std::string ForShell(const std::string& sWord) {
+    const auto isPlain = [](unsigned char c) {
+        return c >= 0x80 || std::isalnum(c) != 0 || std::strchr("_-./:=,@%+", c) != nullptr;
+    };
+    if (!sWord.empty() && std::all_of(sWord.begin(), sWord.end(), isPlain)) return sWord;
+    std::string sQuoted = "'";
+    for (const char c : sWord)
+        sQuoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return sQuoted + "'";
+}
+
 const char* KindOf(const NameChange& name) {
     if (!name.before) return "added";
     return name.after ? "changed" : "removed";
@@ -64,7 +79,7 @@ void PrintDiff(const ProgramChange& program, std::ostream& out) {
 std::string CommandLine(const Plan& plan) {
     std::string sLine;
     for (const std::string& sWord : plan.command)
-        sLine += (sLine.empty() ? "" : " ") + sWord;
+        sLine += (sLine.empty() ? "" : " ") + ForShell(sWord);
     return ShownWhole(posix::FromNative(sLine));
 }
 

@@ -27,7 +27,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kMostLines = 32'767;
-constexpr char16_t kNoCharacter = 0xFFFD;
 
 // A name that the core has looked up in a line, and what it decided.
 struct LookUp {

@@ -138,12 +138,20 @@ bool IsReplaced(const ProgramChange& program) {
 
 void RemoveBeside(const ProgramChange& program, int nRun, std::size_t nProgram) {
     std::error_code ignored;
-    const fs::path folder = fs::canonical(program.file, ignored).parent_path();
+    // Also of a program that is gone.
+    const fs::path folder = fs::weakly_canonical(program.file, ignored).parent_path();
     if (!folder.empty())
         fs::remove(folder / fmt::format(".nomiractl-{}-{}", nRun, nProgram), ignored);
 }
 
 }  // namespace
+
+void RequireAsPlanned(std::vector<ProgramChange>& programs) {
+    for (ProgramChange& program : programs) {
+        RequireNoInterrupt();
+        InWords(program.file, [&] { ReadToChange(program); });
+    }
+}
 
 void OldBytes::Keep(std::vector<ProgramChange>& programs) const {
     InWords(m_file, [&] {

@@ -16,6 +16,10 @@ enum class AtomicWay {
               // links and what a symbolic link led to come apart
 };
 
+// Throws Refusal if one of the programs can't be changed, or has changed since it was planned with.
+// Fills in their states.
+void RequireAsPlanned(std::vector<ProgramChange>& programs);
+
 // The bytes of a plan's programs before the change, one behind the other in one file.
 class OldBytes {
   public:

@@ -16,9 +16,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// A pipe in a folder is nobody's program, and would be waited for. A link that leads nowhere is
+// told when its turn comes.
 bool IsProgram(const fs::directory_entry& entry) {
     const Text sExtension = FromAscii(entry.path().extension().string());
-    return !entry.is_directory() && EqualNoCase(sExtension, u".src");
+    return EqualNoCase(sExtension, u".src") && !entry.is_directory() && !entry.is_fifo();
 }
 
 // The programs of a directory, sorted by name.

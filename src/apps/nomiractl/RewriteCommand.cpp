@@ -68,13 +68,19 @@ class EarlierNameWatch : public FoldObserver {
 struct Looked {
     ProgramReport report;
     std::optional<ProgramChange> change;
+    std::optional<PlanInput> input;  // if the plan is to be saved
 };
 
-Looked Look(const RewriteRun& run, const fs::path& path, bool& bAsked) {
+Looked Look(const RewriteRun& run, const fs::path& path, bool bSaved, bool& bAsked) {
     const EarlierNameWatch watch(bAsked);
     Looked looked;
     looked.report = run.Look(
-        path.string(), [&] { return ReadProgram(path); },
+        path.string(),
+        [&] {
+            std::string sBytes = ReadProgram(path);
+            if (bSaved) looked.input = PlanInput{fs::absolute(path), FingerprintOf(sBytes)};
+            return sBytes;
+        },
         [&](RewritePlan& rewrite, const std::string& sBytes) {
             RequireWritable(path);
             looked.change = ChangeOf(path, FingerprintOf(sBytes), rewrite);
@@ -92,7 +98,8 @@ ExitCode RewritePrograms(const Options& options, Streams streams) {
     DatabaseWork database(machine.Database(), machine.Engine(), DatabaseUse::Read);
     Plan plan{.command = options.words, .database = fs::absolute(machine.Database())};
     // Ahead of the names, so that a change in between makes the plan out of date.
-    if (!options.planFile.empty()) plan.databaseState = FingerprintOf(database.ReadRows());
+    const bool bSaved = !options.planFile.empty();
+    if (bSaved) plan.databaseState = FingerprintOf(database.ReadRows());
     // A database that can't be read is refused here; it would look like one without names.
     const NameTable names(database.ReadItems());
     const std::vector<fs::path> programs = NamedPrograms(options.programs);
@@ -103,21 +110,26 @@ ExitCode RewritePrograms(const Options& options, Streams streams) {
     InOrder(
         programs.size(), ThreadsFor(options),
         [&](std::size_t n) {
-            auto own = LookOnItsOwn([&](bool& bAsked) { return Look(run, programs[n], bAsked); });
+            auto own =
+                LookOnItsOwn([&](bool& bAsked) { return Look(run, programs[n], bSaved, bAsked); });
             return std::pair(n, std::move(own));
         },
         [&](auto numbered) {
             const fs::path& path = programs[numbered.first];
-            Looked looked = InItsTurn(std::move(numbered.second),
-                                      [&](bool& bAsked) { return Look(run, path, bAsked); });
-            if (looked.change) plan.programs.push_back(std::move(*looked.change));
+            Looked looked = InItsTurn(std::move(numbered.second), [&](bool& bAsked) {
+                return Look(run, path, bSaved, bAsked);
+            });
+            if (looked.change)
+                plan.programs.push_back(std::move(*looked.change));
+            else if (looked.input)
+                plan.inputs.push_back(std::move(*looked.input));
             run.Take(std::move(looked.report));
             bar.Step();
         });
     bar.Wipe();
     RequireAtMost(plan, options.maxChanges);
     if (journal) RunOnPrograms(plan, *journal, WayOf(options));
-    if (!options.planFile.empty()) SavePlan(plan, options);
+    if (bSaved) SavePlan(plan, options);
     return run.Finish();
 }
 

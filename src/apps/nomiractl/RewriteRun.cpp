@@ -10,6 +10,7 @@
 
 #include "apps/nomiractl/Interrupt.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WriteJson.h"
 #include "nativefiles/NativeFiles.h"
 
 namespace nomira::companion {
@@ -109,7 +110,7 @@ void RewriteRun::PrintJson() const {
         {"failed", totals.nFailed},     {"files", nlohmann::ordered_json::array()}};
     for (const ProgramReport& report : m_reports)
         json["files"].push_back(AsJson(report));
-    m_streams.out << json.dump(2) << '\n';
+    WriteJson(m_streams.out, json);
 }
 
 void RewriteRun::PrintSummary() const {

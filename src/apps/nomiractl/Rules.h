@@ -76,6 +76,7 @@ enum class Rule {
     ProgramNameNotSeen,
     ProgramTabIndent,
     DatabaseDamaged,
+    DatabaseNotWritable,
     DatabaseNoMessage,
     DatabaseNullText,
     DatabaseDuplicateKey,

@@ -68,13 +68,14 @@ void RecoverDatabase(int nRun, const Plan& plan, const Journal& journal, const O
     Tell(err, plan, "the database is as it was before it");
 }
 
-void RunOnDatabase(const Plan& plan, const Journal& journal, const Options& options,
+// What a run that only looks has changed in the transaction goes with it.
+void RunOnDatabase(const Plan& plan, const Journal* journal, const Options& options,
                    std::ostream& err) {
     Machine machine(OnDatabase(options, plan.database));
     machine.PrintWarnings(err);
     DatabaseWork database(machine.Database(), machine.Engine(), DatabaseUse::Write);
     database.ChangeRows(plan.items);
-    if (CommitRun(plan, journal, database)) machine.TellOfChange();
+    if (journal && CommitRun(plan, *journal, database)) machine.TellOfChange();
 }
 
 }  // namespace
@@ -143,9 +144,10 @@ bool CommitRun(const Plan& plan, const Journal& journal, DatabaseWork& database)
     return true;
 }
 
-void RunPlan(Plan& plan, const Journal& journal, const Options& options, std::ostream& err) {
+void RunPlan(Plan& plan, const Journal* journal, const Options& options, std::ostream& err) {
     if (!plan.items.empty()) return RunOnDatabase(plan, journal, options, err);
-    RunOnPrograms(plan, journal, WayOf(options));
+    if (!journal) return RequireAsPlanned(plan.programs);
+    RunOnPrograms(plan, *journal, WayOf(options));
 }
 
 }  // namespace nomira::companion

@@ -33,7 +33,8 @@ void RunOnPrograms(Plan& plan, const Journal& journal, AtomicWay way);
 bool CommitRun(const Plan& plan, const Journal& journal, DatabaseWork& database);
 
 // Applies a plan that was made elsewhere, as one run: to its programs, or to its database, if they
-// are as the plan had them. Not while a Machine lives. Throws as above.
-void RunPlan(Plan& plan, const Journal& journal, const Options& options, std::ostream& err);
+// are as the plan had them; without a journal, as for a dry run, it only looks whether they are.
+// Not while a Machine lives. Throws as above.
+void RunPlan(Plan& plan, const Journal* journal, const Options& options, std::ostream& err);
 
 }  // namespace nomira::companion

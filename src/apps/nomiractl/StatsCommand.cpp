@@ -15,6 +15,7 @@
 #include "apps/nomiractl/KeySelection.h"
 #include "apps/nomiractl/Machine.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WriteJson.h"
 
 namespace nomira::companion {
 namespace {
@@ -156,7 +157,7 @@ ExitCode ShowStats(const Options& options, Streams streams) {
         json.push_back(AsJson(n, all[n]));
         if (!options.bJson && !options.bQuiet) PrintRow(n, all[n], !wanted.empty(), streams.out);
     }
-    if (options.bJson) streams.out << json.dump(2) << '\n';
+    if (options.bJson) WriteJson(streams.out, json);
     return ExitCode::Done;
 }
 

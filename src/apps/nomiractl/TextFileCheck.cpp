@@ -24,7 +24,6 @@ namespace nomira::companion {
 namespace {
 
 constexpr TextView kBlanks = u" \t";
-constexpr char16_t kNoCharacter = 0xFFFD;
 
 constexpr std::array<const char*, 5> kDigitWords{"no digits", "one digit", "one or two digits",
                                                  "one to three digits", "one to four digits"};
@@ -334,11 +333,11 @@ class TextFileCheck {
     bool AddNearKey(const FirstWord& word) {
         for (const SignalClass& signalClass : SignalClasses()) {
             for (const TextView sPrefix : {signalClass.sPrefix, signalClass.sCustomerPrefix}) {
-                if (const Text sKey = KeyInCase(word.sWord, sPrefix); m_forms.Find(sKey)) {
+                if (const Text sKey = KeyInCase(word.sWord, sPrefix); IsKey(sKey)) {
                     AddAt(word.nPlace, Rule::TextKeyCase, {Shown(word.sWord), Utf8(sKey)});
                     return true;
                 }
-                if (const Text sKey = KeyUpToDigits(word.sWord, sPrefix); m_forms.Find(sKey)) {
+                if (const Text sKey = KeyUpToDigits(word.sWord, sPrefix); IsKey(sKey)) {
                     AddAt(word.nPlace + sKey.size(), Rule::TextKeyRunOn,
                           {Shown(word.sWord), Utf8(sKey)});
                     return true;
@@ -348,6 +347,9 @@ class TextFileCheck {
         return false;
     }
 
+    bool IsKey(const Text& sKey) const { return !sKey.empty() && m_forms.Find(sKey); }
+
+    // Both are empty for a word that doesn't begin so.
     static Text KeyInCase(TextView sWord, TextView sPrefix) {
         if (!EqualNoCase(sWord.substr(0, sPrefix.size()), sPrefix)) return {};
         return Text(sPrefix).append(sWord.substr(sPrefix.size()));

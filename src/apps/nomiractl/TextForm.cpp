@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 #include "adapters/posix/NativeName.h"
 #include "apps/nomiractl/Words.h"
@@ -10,7 +12,6 @@
 namespace nomira::companion {
 namespace {
 
-constexpr char16_t kNoCharacter = 0xFFFD;
 constexpr char16_t kByteEscape = 0xDC00;  // as in NativeName.h
 
 bool IsAscii(TextView sLine) {
@@ -37,6 +38,27 @@ std::string SignOf(TextView sCharacter) {
 bool PageHolds(const CodePage& page, TextView sCharacter) {
     if (sCharacter.size() == 1) return page.Holds(sCharacter[0]);
     return page.Decode(page.Encode(sCharacter)) == sCharacter;
+}
+
+// `flawOf` tells what is wrong with a character, if anything is; its place is filled in here.
+template <typename FlawOf>
+std::vector<TextFlaw> FlawsIn(TextView sText, std::int64_t nLine, FlawOf flawOf) {
+    std::vector<TextFlaw> flaws;
+    if (IsAscii(sText)) return flaws;
+    for (std::int64_t nColumn = 1; !sText.empty(); ++nColumn) {
+        const TextView sCharacter = NextCharacter(sText);
+        sText.remove_prefix(sCharacter.size());
+        if (std::optional<TextFlaw> flaw = flawOf(sCharacter)) {
+            flaw->nLine = nLine;
+            flaw->nColumn = nColumn;
+            flaws.push_back(*std::move(flaw));
+        }
+    }
+    return flaws;
+}
+
+TextFlaw FlawOf(Flaw flaw, std::string sSign = {}) {
+    return {flaw, 0, 0, std::move(sSign)};
 }
 
 bool IsHalf(TextView sCharacter) {
@@ -83,35 +105,26 @@ std::string EncodeLine(TextView sLine, TextEncoding encoding, const CodePage& pa
 
 std::vector<TextFlaw> FlawsOfLine(TextView sLine, std::int64_t nLine, TextEncoding encoding,
                                   const CodePage& page) {
-    std::vector<TextFlaw> flaws;
-    if (IsAscii(sLine)) return flaws;
-    for (std::int64_t nColumn = 1; !sLine.empty(); ++nColumn) {
-        const TextView sCharacter = NextCharacter(sLine);
-        sLine.remove_prefix(sCharacter.size());
-        if (encoding == TextEncoding::Utf8 && IsEscapedByte(sCharacter))
-            flaws.push_back({Flaw::NotUtf8, nLine, nColumn,
-                             fmt::format("{:02X}", sCharacter[0] - kByteEscape)});
-        else if (encoding == TextEncoding::CodePage && sCharacter[0] == kNoCharacter)
-            flaws.push_back({Flaw::NoCharacter, nLine, nColumn, {}});
-        else if (encoding == TextEncoding::Utf8 && !PageHolds(page, sCharacter))
-            flaws.push_back({Flaw::OutsidePage, nLine, nColumn, SignOf(sCharacter)});
-    }
-    return flaws;
+    const bool bUtf8 = encoding == TextEncoding::Utf8;
+    return FlawsIn(sLine, nLine, [&](TextView sCharacter) -> std::optional<TextFlaw> {
+        if (bUtf8 && IsEscapedByte(sCharacter))
+            return FlawOf(Flaw::NotUtf8, fmt::format("{:02X}", sCharacter[0] - kByteEscape));
+        if (!bUtf8 && sCharacter[0] == kNoCharacter) return FlawOf(Flaw::NoCharacter);
+        if (bUtf8 && !PageHolds(page, sCharacter))
+            return FlawOf(Flaw::OutsidePage, SignOf(sCharacter));
+        return std::nullopt;
+    });
 }
 
 std::vector<TextFlaw> FlawsOfRow(TextView sRow, std::int64_t nLine, TextEncoding encoding,
                                  const CodePage& page) {
-    std::vector<TextFlaw> flaws;
-    if (IsAscii(sRow)) return flaws;
-    for (std::int64_t nColumn = 1; !sRow.empty(); ++nColumn) {
-        const TextView sCharacter = NextCharacter(sRow);
-        sRow.remove_prefix(sCharacter.size());
-        if (encoding == TextEncoding::CodePage && !PageHolds(page, sCharacter))
-            flaws.push_back({Flaw::OutsidePage, nLine, nColumn, SignOf(sCharacter)});
-        else if (encoding == TextEncoding::Utf8 && IsHalf(sCharacter))
-            flaws.push_back({Flaw::HalfPair, nLine, nColumn, {}});
-    }
-    return flaws;
+    const bool bUtf8 = encoding == TextEncoding::Utf8;
+    return FlawsIn(sRow, nLine, [&](TextView sCharacter) -> std::optional<TextFlaw> {
+        if (!bUtf8 && !PageHolds(page, sCharacter))
+            return FlawOf(Flaw::OutsidePage, SignOf(sCharacter));
+        if (bUtf8 && IsHalf(sCharacter)) return FlawOf(Flaw::HalfPair);
+        return std::nullopt;
+    });
 }
 
 bool HasUtf16Mark(std::string_view bytes) {

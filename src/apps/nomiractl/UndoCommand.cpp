@@ -8,6 +8,7 @@
 #include "apps/nomiractl/PlanViews.h"
 #include "apps/nomiractl/RunLog.h"
 #include "apps/nomiractl/Runs.h"
+#include "apps/nomiractl/WriteJson.h"
 
 namespace nomira::companion {
 namespace {
@@ -40,7 +41,7 @@ void Show(const Options& options, const Plan& plan, const RunEntry& entry, Strea
         nlohmann::ordered_json json{
             {"run", entry.nRun}, {"command", entry.sCommand}, {"dry_run", options.bDryRun}};
         json.update(PlanAsJson(plan));
-        streams.out << json.dump(2) << '\n';
+        WriteJson(streams.out, json);
     } else if (!options.bQuiet) {
         fmt::print(streams.out, "{} {}, \"{}\": {}\n",
                    options.bDryRun ? "would take back run" : "took back run", entry.nRun,
@@ -59,7 +60,7 @@ ExitCode UndoRun(const Options& options, Streams streams) {
     plan.command = options.words;
     plan.nUndoes = entry.nRun;
     if (options.bDiff) PrintDiff(plan, streams.out);
-    if (!options.bDryRun) RunPlan(plan, journal, options, streams.err);
+    RunPlan(plan, options.bDryRun ? nullptr : &journal, options, streams.err);
     Show(options, plan, entry, streams);
     return ExitCode::Done;
 }

@@ -10,7 +10,6 @@ namespace nomira::companion {
 namespace {
 
 constexpr std::size_t kMostShown = 100;
-constexpr char16_t kNoCharacter = 0xFFFD;
 
 bool IsHigh(char16_t c) {
     return (c & 0xFC00) == 0xD800;

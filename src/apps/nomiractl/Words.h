@@ -8,7 +8,10 @@
 
 namespace nomira::companion {
 
-// UTF-8; what is no character (half a surrogate pair) becomes U+FFFD.
+// What a code page gives for bytes that are no character of it.
+inline constexpr char16_t kNoCharacter = 0xFFFD;
+
+// UTF-8; what is no character (half a surrogate pair) becomes kNoCharacter.
 std::string Utf8(TextView sText);
 
 // For one line on a terminal: UTF-8, control characters as "?", cut with "..." if it is long.

@@ -8,6 +8,15 @@ namespace {
 
 using Choose = std::function<void(Command)>;
 
+// Digits alone: the parser would take "-1" for a very great number.
+CLI::Validator NumberOf(const std::string& sWhat) {
+    return {[sWhat](const std::string& sWord) {
+                const bool bDigits = sWord.find_first_not_of("0123456789") == std::string::npos;
+                return bDigits ? std::string() : sWord + " is no number of " + sWhat;
+            },
+            ""};
+}
+
 CLI::App& Add(CLI::App& parent, const char* sName, const char* sWhat, Command command,
               const Choose& choose) {
     CLI::App* sub = parent.add_subcommand(sName, sWhat);
@@ -44,7 +53,7 @@ void AddUndo(CLI::App& app, Options& options, const Choose& choose) {
     undo.add_option("RUN", options.run,
                     "The number of the run, as log shows it (default: the last one that is not"
                     " taken back yet)")
-        ->check(CLI::PositiveNumber);
+        ->check(NumberOf("a run, as log shows it"));
     AddLooks(undo, options);
     AddAtomicOption(undo, options);
 }
@@ -104,7 +113,8 @@ void AddPlanOptions(CLI::App& command, Options& options) {
     command
         .add_option("--max-changes", options.maxChanges,
                     "Change nothing if more than N names or lines would change")
-        ->type_name("N");
+        ->type_name("N")
+        ->check(NumberOf("changes"));
 }
 
 void AddAtomicOption(CLI::App& command, Options& options) {

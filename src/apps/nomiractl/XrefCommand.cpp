@@ -19,6 +19,7 @@
 #include "apps/nomiractl/NameSet.h"
 #include "apps/nomiractl/ProgramPaths.h"
 #include "apps/nomiractl/Words.h"
+#include "apps/nomiractl/WriteJson.h"
 
 namespace nomira::companion {
 namespace {
@@ -129,7 +130,7 @@ class XrefRun {
             one["uses"] = std::move(uses);
             json.push_back(std::move(one));
         }
-        m_streams.out << json.dump(2) << '\n';
+        WriteJson(m_streams.out, json);
     }
 
     const Options& m_options;

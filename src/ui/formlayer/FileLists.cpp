@@ -6,6 +6,7 @@
 
 #include "langtools/BasicText.h"
 #include "langtools/RuntimeError.h"
+#include "platform/Files.h"
 #include "platform/Platform.h"
 
 namespace nomira {
@@ -13,7 +14,6 @@ namespace {
 
 constexpr TextView kFirstChoice = u"c:";  // ahead of floppy drives
 constexpr std::size_t kDriveLength = 2;   // C:
-constexpr std::size_t kRootLength = 3;    // with its backslash
 
 Text Joined(TextView sDirectory, TextView sName) {
     Text sPath(sDirectory);
@@ -62,7 +62,7 @@ Text FullPath(TextView sPath, TextView sShownPath) {
 TextView DirectoryAbove(TextView sPath) {
     if (sPath.size() <= kRootLength) return {};
     const std::size_t nLast = sPath.rfind(u'\\');
-    return sPath.substr(0, std::max(nLast, kRootLength));
+    return sPath.substr(0, std::max<std::size_t>(nLast, kRootLength));
 }
 
 // The names that match one of the patterns, each once.

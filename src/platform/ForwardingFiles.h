@@ -1,29 +1,23 @@
-// A wrapper that passes every file statement on and writes the openings and listings into a list
-// that it shares with whoever else records there, so that their order can be told.
+// A files port that passes every statement on to another one: the base of a port that does some of
+// them otherwise.
 #pragma once
-
-#include <vector>
 
 #include "platform/Files.h"
 
-namespace nomira::testing {
+namespace nomira {
 
 class ForwardingFiles : public Files {
   public:
-    // Entries are as u"input C:\\x.txt", u"output C:\\x.txt", u"dir C:\\R1\\*.SRC".
-    ForwardingFiles(Files& inner, std::vector<Text>& happened)
-        : m_inner(inner), m_happened(happened) {}
+    // `inner` must outlive it.
+    explicit ForwardingFiles(Files& inner) : m_inner(inner) {}
 
     std::unique_ptr<InputFile> OpenForInput(TextView sPath) override {
-        Note(u"input ", sPath);
         return m_inner.OpenForInput(sPath);
     }
     std::unique_ptr<OutputFile> OpenForOutput(TextView sPath) override {
-        Note(u"output ", sPath);
         return m_inner.OpenForOutput(sPath);
     }
     std::vector<Text> Dir(TextView sPath, std::uint16_t nAttributes) override {
-        Note(u"dir ", sPath);
         return m_inner.Dir(sPath, nAttributes);
     }
     std::uint16_t GetAttr(TextView sPath) override { return m_inner.GetAttr(sPath); }
@@ -37,9 +31,7 @@ class ForwardingFiles : public Files {
     std::vector<Text> Drives() override { return m_inner.Drives(); }
 
   private:
-    void Note(TextView sWhat, TextView sPath) { m_happened.push_back(Text(sWhat).append(sPath)); }
     Files& m_inner;
-    std::vector<Text>& m_happened;
 };
 
-}  // namespace nomira::testing
+}  // namespace nomira
