@@ -7,7 +7,6 @@
 #include <algorithm>
 
 #include "adapters/jet/FilePages.h"
-#include "apps/CommandRun.h"
 #include "apps/PrefixTest.h"
 
 extern char** environ;

@@ -9,18 +9,50 @@ namespace {
 // Rows and maps name pages by 24 bits.
 constexpr std::uint32_t kMostPages = 1U << 24;
 
+// Pages that are read at a time by whoever goes through the file.
+constexpr std::uint32_t kMostAhead = 32;
+constexpr std::uint32_t kNear = 8;
+
 }  // namespace
 
 ByteView CachedPages::Read(std::uint32_t nPage) {
-    if (nPage < m_pages.size() && nPage < m_nCount && !m_pages[nPage].empty())
-        return m_pages[nPage];
+    if (nPage < m_nCount && IsInMemory(nPage)) return m_pages[nPage];
     return ReadAnew(nPage);
 }
 
 ByteView CachedPages::ReadAnew(std::uint32_t nPage) {
     if (nPage >= m_nCount) Fail(FailureKind::Damaged, "a page behind the end of the file is named");
-    Bytes page = Load(nPage);
-    return Slot(nPage) = std::move(page);
+    const std::uint32_t nPages = PagesAhead(nPage);
+    Slot(nPage + nPages - 1);
+    const std::span<Bytes> pages = std::span(m_pages).subspan(nPage, nPages);
+    try {
+        for (Bytes& page : pages)
+            page.resize(m_layout.nPageSize);
+        Load(nPage, pages);
+    } catch (...) {
+        for (Bytes& page : pages)
+            page.clear();
+        throw;
+    }
+    return m_pages[nPage];
+}
+
+// How many pages to read from this one on, none of them in memory: the more, the longer somebody
+// has been going through the file. A page that stands alone is read alone.
+std::uint32_t CachedPages::PagesAhead(std::uint32_t nPage) {
+    m_nAhead = IsNearOthers(nPage) ? std::min(2 * m_nAhead, kMostAhead)
+                                   : std::max<std::uint32_t>(1, m_nAhead / 4);
+    std::uint32_t nPages = 1;
+    while (nPages < m_nAhead && nPage + nPages < m_nCount && !IsInMemory(nPage + nPages))
+        ++nPages;
+    return nPages;
+}
+
+// The pages of a table have those of its indexes between them.
+bool CachedPages::IsNearOthers(std::uint32_t nPage) const {
+    for (std::uint32_t n = 1; n <= std::min(nPage, kNear); ++n)
+        if (IsInMemory(nPage - n)) return true;
+    return false;
 }
 
 ByteSpan CachedPages::Change(std::uint32_t nPage) {
@@ -82,11 +114,14 @@ void CachedPages::Release(int nMark) {
 }
 
 void CachedPages::Forget() {
-    if (m_levels.empty()) m_pages.clear();
+    if (!m_levels.empty()) return;
+    m_pages.clear();
+    ++m_nChanges;
 }
 
 void CachedPages::SetCount(std::uint32_t nCount) {
     m_nCount = nCount;
+    ++m_nChanges;
 }
 
 void CachedPages::RequireWritable() const {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <span>
 #include <vector>
 
 #include "adapters/jet/PageStore.h"
@@ -33,8 +34,9 @@ class CachedPages : public PageStore {
     // there.
     using Images = std::map<std::uint32_t, Bytes>;
 
-    // The bytes of a page that is not in memory, a page's size of them. Raises InputOutput.
-    virtual Bytes Load(std::uint32_t nPage) = 0;
+    // Reads pages that are not in memory, from nFirst on: each has a page's size of zeros, and
+    // takes the bytes of one. Raises InputOutput.
+    virtual void Load(std::uint32_t nFirst, std::span<Bytes> pages) = 0;
     // Makes the changes of a transaction the file's: `before` holds what the changed pages were,
     // Read gives what they are, Count() how many there are now. Raises InputOutput.
     virtual void Keep(const Images& before) = 0;
@@ -54,6 +56,11 @@ class CachedPages : public PageStore {
 
     void RequireWritable() const;
     ByteView ReadAnew(std::uint32_t nPage);
+    bool IsInMemory(std::uint32_t nPage) const {
+        return nPage < m_pages.size() && !m_pages[nPage].empty();
+    }
+    std::uint32_t PagesAhead(std::uint32_t nPage);
+    bool IsNearOthers(std::uint32_t nPage) const;
     Bytes& Slot(std::uint32_t nPage);
     void Remember(std::uint32_t nPage);
     void UndoTopLevel();
@@ -65,6 +72,7 @@ class CachedPages : public PageStore {
     std::vector<Bytes> m_pages;
     std::vector<Level> m_levels;  // the transaction, then the marks
     std::uint64_t m_nChanges = 0;
+    std::uint32_t m_nAhead = 1;  // pages that were read at a time
 };
 
 }  // namespace nomira::jet

@@ -1,6 +1,7 @@
 #include "adapters/jet/FilePages.h"
 
 #include <fcntl.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -226,18 +227,45 @@ Bytes FilePages::LoadRaw(std::uint32_t nPage) const {
     return page;
 }
 
+// With one call, as far as the system gives that much at once.
+void FilePages::LoadRaw(std::uint32_t nFirst, std::span<Bytes> pages) const {
+    const std::size_t nSize = Format().nPageSize;
+    std::vector<iovec> parts;
+    parts.reserve(pages.size());
+    for (Bytes& page : pages)
+        parts.push_back({page.data(), nSize});
+    const ssize_t nRead = ::preadv(m_file.Get(), parts.data(), static_cast<int>(parts.size()),
+                                   static_cast<off_t>(nFirst * nSize));
+    const std::size_t nWhole = nRead < 0 ? 0 : static_cast<std::size_t>(nRead) / nSize;
+    for (std::size_t n = nWhole; n < pages.size(); ++n)
+        pages[n] = LoadRaw(nFirst + static_cast<std::uint32_t>(n));
+}
+
+void FilePages::Decrypt(std::uint32_t nPage, ByteSpan page) const {
+    if (nPage != 0 && m_header->nKey != 0) ApplyRc4(m_header->nKey ^ nPage, page);
+}
+
 Bytes FilePages::LoadPlain(std::uint32_t nPage) const {
     Bytes page = LoadRaw(nPage);
-    if (nPage != 0 && m_header->nKey != 0) ApplyRc4(m_header->nKey ^ nPage, page);
+    Decrypt(nPage, page);
     return page;
 }
 
-Bytes FilePages::Load(std::uint32_t nPage) {
-    const auto found = m_replayed.find(nPage);
-    if (found != m_replayed.end()) return found->second;
-    Bytes page = LoadPlain(nPage);
-    if (!m_bWriting && CounterInFile() != m_nCounter) Fail(FailureKind::Held, kChanged);
-    return page;
+void FilePages::Load(std::uint32_t nFirst, std::span<Bytes> pages) {
+    LoadRaw(nFirst, pages);
+    bool bFromFile = false;
+    for (std::uint32_t nPage = nFirst; Bytes & page : pages) {
+        const auto found = m_replayed.find(nPage);
+        if (found != m_replayed.end()) {
+            page = found->second;
+        } else {
+            Decrypt(nPage, page);
+            bFromFile = true;
+        }
+        ++nPage;
+    }
+    if (bFromFile && !m_bWriting && CounterInFile() != m_nCounter)
+        Fail(FailureKind::Held, kChanged);
 }
 
 std::uint16_t FilePages::CounterInFile() const {

@@ -80,7 +80,7 @@ class FilePages : public CachedPages {
     bool WasInterrupted() const { return m_bWasInterrupted; }
 
   protected:
-    Bytes Load(std::uint32_t nPage) override;
+    void Load(std::uint32_t nFirst, std::span<Bytes> pages) override;
     void Keep(const Images& before) override;
 
   private:
@@ -118,6 +118,8 @@ class FilePages : public CachedPages {
     std::uint32_t PagesOf(std::uint64_t nFileBytes) const;
     void ReadBase();
     Bytes LoadRaw(std::uint32_t nPage) const;
+    void LoadRaw(std::uint32_t nFirst, std::span<Bytes> pages) const;
+    void Decrypt(std::uint32_t nPage, ByteSpan page) const;
     Bytes LoadPlain(std::uint32_t nPage) const;
     std::uint16_t CounterInFile() const;
     bool IsSameFile() const;

@@ -14,11 +14,17 @@ inline Bytes JoinEntry(ByteView key, RowPlace place) {
     return bytes;
 }
 
-// The bytes are no fewer than a place takes up.
-inline void SplitEntry(ByteView bytes, IndexEntry& entry) {
-    const ByteView key = bytes.first(bytes.size() - kPlaceBytes);
-    entry.key.assign(key.begin(), key.end());
-    entry.place = {static_cast<std::uint32_t>(LoadBig<3>(bytes, key.size())), bytes.back()};
+// The parts of one. The bytes are no fewer than a place takes up.
+inline ByteView KeyOf(ByteView entry) {
+    return entry.first(entry.size() - kPlaceBytes);
+}
+inline RowPlace PlaceIn(ByteView entry) {
+    return {static_cast<std::uint32_t>(LoadBig<3>(entry, entry.size() - kPlaceBytes)),
+            entry.back()};
+}
+inline IndexEntry SplitEntry(ByteView entry) {
+    const ByteView key = KeyOf(entry);
+    return {{key.begin(), key.end()}, PlaceIn(entry)};
 }
 
 }  // namespace nomira::jet

@@ -76,15 +76,14 @@ void ShiftDown(Words words, std::size_t nBits) {
     }
 }
 
-// As bytes, the shorter one first.
-int Compare(ByteView left, ByteView right) {
+}  // namespace
+
+int CompareEntries(ByteView left, ByteView right) {
     const std::size_t nBoth = std::min(left.size(), right.size());
     const int nOrder = nBoth == 0 ? 0 : std::memcmp(left.data(), right.data(), nBoth);
     if (nOrder != 0) return nOrder;
     return left.size() < right.size() ? -1 : left.size() > right.size() ? 1 : 0;
 }
-
-}  // namespace
 
 IndexPage::IndexPage(ByteView page, const Layout& layout) : m_page(page), m_layout(layout) {
     const std::uint8_t nKind = LoadU8(page, 0);
@@ -184,7 +183,7 @@ std::size_t IndexPage::Find(ByteView entry) const {
     const std::size_t nEnd = End();
     if (nEnd == 0) return 0;
     const ByteView prefix = SharedPrefix();
-    const int nOrder = Compare(entry.first(std::min(entry.size(), prefix.size())), prefix);
+    const int nOrder = CompareEntries(entry.first(std::min(entry.size(), prefix.size())), prefix);
     if (nOrder != 0) return nOrder < 0 ? 0 : nEnd;
     const ByteView rest = entry.subspan(prefix.size());
     std::size_t nLow = 0;
@@ -192,7 +191,7 @@ std::size_t IndexPage::Find(ByteView entry) const {
     while (nLow < nHigh) {
         const std::size_t nStart = MarkUpTo((nLow + nHigh) / 2);
         const std::size_t nEntryEnd = EndOf(nStart);
-        if (Compare(Stored(nStart, nEntryEnd), rest) < 0)
+        if (CompareEntries(Stored(nStart, nEntryEnd), rest) < 0)
             nLow = nEntryEnd;
         else
             nHigh = nStart;
@@ -200,12 +199,23 @@ std::size_t IndexPage::Find(ByteView entry) const {
     return nLow;
 }
 
-void IndexPage::Assemble(std::size_t nStart, Bytes& entry) const {
-    const ByteView stored = Stored(nStart, EndOf(nStart));
+std::size_t IndexPage::FindBehind(std::size_t nStart, ByteView entry) const {
     const ByteView prefix = SharedPrefix();
-    entry.assign(prefix.begin(), prefix.end());
-    Append(entry, stored);
+    const std::size_t nNext = EndOf(nStart);
+    const std::size_t nEnd = MarkBehind(nNext);
+    if (nEnd == 0 || SharedBytes(entry, prefix) < prefix.size()) return Find(entry);
+    const ByteView rest = entry.subspan(prefix.size());
+    const bool bBetween = CompareEntries(Stored(nStart, nNext), rest) < 0 &&
+                          CompareEntries(Stored(nNext, nEnd), rest) >= 0;
+    return bBetween ? nNext : Find(entry);
+}
+
+void IndexPage::Assemble(std::size_t nStart, std::size_t nEnd, Bytes& entry) const {
+    const ByteView stored = Stored(nStart, nEnd);
+    const ByteView prefix = SharedPrefix();
+    entry.resize(prefix.size() + stored.size());
     if (entry.size() < kPlaceBytes) FailOnEntry();
+    std::ranges::copy(stored, std::ranges::copy(prefix, entry.begin()).out);
 }
 
 Bytes IndexPage::EntryAt(std::size_t nStart) const {

@@ -36,14 +36,21 @@ class IndexPage {
     std::size_t End() const;
     bool IsEmpty() const { return End() == 0; }
     std::size_t EndOf(std::size_t nStart) const;
+    // 0 behind the last entry.
+    std::size_t EndIfAny(std::size_t nStart) const { return MarkBehind(nStart); }
     std::size_t StartOfLast() const;
 
     // The first entry that isn't less than `entry`, End() if all are. The pages that a node's
     // entries name don't count.
     std::size_t Find(ByteView entry) const;
+    // The same by fewer looks if it is the one behind the entry at `nStart`.
+    std::size_t FindBehind(std::size_t nStart, ByteView entry) const;
     // The entry with the page's prefix, of a node without the page below. Raises Damaged if it
     // is too short to hold the place of a row.
-    void Assemble(std::size_t nStart, Bytes& entry) const;
+    void Assemble(std::size_t nStart, Bytes& entry) const {
+        Assemble(nStart, EndOf(nStart), entry);
+    }
+    void Assemble(std::size_t nStart, std::size_t nEnd, Bytes& entry) const;
     Bytes EntryAt(std::size_t nStart) const;
     std::uint32_t ChildAt(std::size_t nStart) const;  // of a node
 
@@ -103,6 +110,8 @@ class IndexPageEditor : public IndexPage {
     ByteSpan m_bytes;
 };
 
+// Less than, equal to or greater than 0: as bytes, the shorter one first.
+int CompareEntries(ByteView left, ByteView right);
 // Bytes that two entries share at their start.
 std::size_t SharedBytes(ByteView left, ByteView right);
 // What entries take up on a page with the prefix.

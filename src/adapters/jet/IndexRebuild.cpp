@@ -104,7 +104,7 @@ void IndexTree::Rebuild(const std::vector<IndexEntry>& entries) {
 void IndexTree::RebuildAsItIs() {
     std::vector<IndexEntry> entries;
     for (Cursor cursor = First(); !cursor.AtEnd(); cursor.Next())
-        entries.push_back(cursor.m_entry);
+        entries.push_back(SplitEntry(cursor.m_bytes));
     Rebuild(entries);
 }
 

@@ -16,7 +16,8 @@ constexpr std::size_t kMostLevels = 32;
 }
 
 void RequireAscending(const Bytes& before, const Bytes& entry) {
-    if (!before.empty() && !(before < entry)) FailAsDamaged("the entries of an index don't ascend");
+    if (!before.empty() && CompareEntries(before, entry) >= 0)
+        FailAsDamaged("the entries of an index don't ascend");
 }
 
 }  // namespace
@@ -49,6 +50,40 @@ std::uint32_t IndexTree::Descend(ByteView entry, Path* path) const {
     FailAsDamaged("an index is too deep");
 }
 
+// The first entry that isn't less. Who looks for keys near each other is led to their leaf at once.
+IndexTree::Spot IndexTree::Find(ByteView entry) {
+    const bool bChanged = m_nChanges != m_store.Changes();
+    m_nChanges = m_store.Changes();
+    for (KnownLeaf& leaf : m_knownLeaves) {
+        if (bChanged) leaf.nPage = 0;
+        if (!leaf.Has(entry)) continue;
+        leaf.nFound = Load(leaf.nPage).FindBehind(leaf.nFound, entry);
+        return {leaf.nPage, leaf.nFound};
+    }
+    const std::uint32_t nLeaf = Descend(entry, nullptr);
+    const IndexPage page = Load(nLeaf);
+    const Spot spot{nLeaf, page.Find(entry)};
+    // Between two changes there is often but one look.
+    if (!bChanged) Remember(page, spot);
+    return spot;
+}
+
+// What is the first one, or not greater than the last one of the leaf ahead, may be there as well.
+bool IndexTree::KnownLeaf::Has(ByteView entry) const {
+    return nPage != 0 && CompareEntries(first, entry) < 0 && CompareEntries(entry, last) <= 0;
+}
+
+void IndexTree::Remember(const IndexPage& leaf, Spot spot) {
+    if (spot.nStart == leaf.End()) return;
+    KnownLeaf& known = m_knownLeaves[m_nNextLeaf];
+    m_nNextLeaf = (m_nNextLeaf + 1) % m_knownLeaves.size();
+    known.nPage = 0;  // until both are known
+    leaf.Assemble(0, known.first);
+    leaf.Assemble(leaf.StartOfLast(), known.last);
+    known.nFound = spot.nStart;
+    known.nPage = spot.nLeaf;
+}
+
 std::uint32_t IndexTree::FirstLeaf() const {
     return Descend({}, nullptr);
 }
@@ -64,10 +99,10 @@ IndexTree::Cursor IndexTree::LowerBound(ByteView key) {
 }
 
 void IndexTree::Seek(Cursor& cursor, ByteView key) {
-    const std::uint32_t nLeaf = Descend(key, nullptr);
+    const Spot spot = Find(key);
     cursor.m_tree = this;
     cursor.m_previous.clear();
-    cursor.SettleAt(nLeaf, Load(nLeaf).Find(key));
+    cursor.SettleAt(spot.nLeaf, spot.nStart);
 }
 
 bool IndexTree::Contains(ByteView key) {
@@ -75,36 +110,43 @@ bool IndexTree::Contains(ByteView key) {
     return !cursor.AtEnd() && std::ranges::equal(cursor.Key(), key);
 }
 
+ByteView IndexTree::Cursor::Key() const {
+    return KeyOf(m_bytes);
+}
+
+RowPlace IndexTree::Cursor::Place() const {
+    return PlaceIn(m_bytes);
+}
+
 void IndexTree::Cursor::Next() {
     if (m_bAtEnd) return;
-    m_previous = m_bytes;
+    m_previous.swap(m_bytes);
     if (m_nChanges == m_tree->m_store.Changes()) {
-        SettleAt(m_nLeaf, m_tree->Load(m_nLeaf).EndOf(m_nEntry));
+        SettleAt(m_nLeaf, m_nEnd);
         return;
     }
-    const std::uint32_t nLeaf = m_tree->Descend(m_bytes, nullptr);
+    const std::uint32_t nLeaf = m_tree->Descend(m_previous, nullptr);
     const IndexPage page = m_tree->Load(nLeaf);
-    std::size_t nEntry = page.Find(m_bytes);
-    if (nEntry != page.End() && page.EntryAt(nEntry) == m_bytes) nEntry = page.EndOf(nEntry);
+    std::size_t nEntry = page.Find(m_previous);
+    if (nEntry != page.End() && page.EntryAt(nEntry) == m_previous) nEntry = page.EndOf(nEntry);
     SettleAt(nLeaf, nEntry);
 }
 
 // Goes on over the following leaves where the place is behind the last entry of one.
 void IndexTree::Cursor::SettleAt(std::uint32_t nLeaf, std::size_t nEntry) {
     m_nChanges = m_tree->m_store.Changes();
+    m_bAtEnd = true;
     for (std::uint32_t n = m_tree->m_store.Count(); n > 0; --n) {
         const IndexPage page = m_tree->Load(nLeaf);
         if (!page.IsLeaf()) FailAsDamaged("a leaf of an index leads to a page that is none");
-        m_bAtEnd = false;
         m_nLeaf = nLeaf;
-        m_nEntry = nEntry;
-        if (nEntry < page.End()) {
-            page.Assemble(nEntry, m_bytes);
+        m_nEnd = page.EndIfAny(nEntry);
+        if (m_nEnd != 0) {
+            page.Assemble(nEntry, m_nEnd, m_bytes);
             RequireAscending(m_previous, m_bytes);
-            SplitEntry(m_bytes, m_entry);
+            m_bAtEnd = false;
             return;
         }
-        m_bAtEnd = true;
         nLeaf = page.Next();
         nEntry = 0;
         if (nLeaf == 0) return;
@@ -159,7 +201,7 @@ void IndexTree::CheckLeaf(std::uint32_t nPage, Visit& visit) const {
     for (const Bytes& entry : page.Entries()) {
         RequireAscending(visit.last, entry);
         visit.last = entry;
-        SplitEntry(entry, visit.entries.emplace_back());
+        visit.entries.push_back(SplitEntry(entry));
     }
 }
 

@@ -1,6 +1,7 @@
 // An index: a tree of pages whose leaves hold, in order, each row's key and place.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <span>
 #include <vector>
@@ -30,8 +31,8 @@ class IndexTree {
       public:
         bool AtEnd() const { return m_bAtEnd; }
         // Good until the next move.
-        ByteView Key() const { return m_entry.key; }
-        RowPlace Place() const { return m_entry.place; }
+        ByteView Key() const;
+        RowPlace Place() const;
         // Raises Damaged where the entries don't ascend.
         void Next();
 
@@ -42,9 +43,8 @@ class IndexTree {
 
         IndexTree* m_tree = nullptr;
         std::uint32_t m_nLeaf = 0;
-        std::size_t m_nEntry = 0;  // where it starts on its page
+        std::size_t m_nEnd = 0;  // of the entry on its page
         std::uint64_t m_nChanges = 0;
-        IndexEntry m_entry;
         Bytes m_bytes;     // the entry as it is stored
         Bytes m_previous;  // the one before it
         bool m_bAtEnd = true;
@@ -91,6 +91,25 @@ class IndexTree {
     PageSource& Source() const;
     std::uint32_t NewPage(std::uint8_t nLevel);
 
+    // A leaf that a look led to, and its first and last entries.
+    struct KnownLeaf {
+        std::uint32_t nPage = 0;  // 0: none
+        Bytes first;
+        Bytes last;
+        std::size_t nFound = 0;  // the entry that was found last
+
+        // Whether the first entry of the tree that isn't less is one of the leaf's.
+        bool Has(ByteView entry) const;
+    };
+
+    // An entry, or the end of a leaf.
+    struct Spot {
+        std::uint32_t nLeaf;
+        std::size_t nStart;
+    };
+
+    Spot Find(ByteView entry);
+    void Remember(const IndexPage& leaf, Spot spot);
     std::uint32_t Descend(ByteView entry, Path* path) const;
     std::uint32_t FirstLeaf() const;
     bool IsOdd(const Path& path, std::uint32_t nLeaf) const;
@@ -128,6 +147,10 @@ class IndexTree {
     std::uint32_t m_nRoot;
     std::uint32_t m_nTable;
     PageSource* m_pages;
+    // Leaves that were found last, as long as no page changes.
+    std::array<KnownLeaf, 4> m_knownLeaves;
+    std::size_t m_nNextLeaf = 0;  // the one that makes room
+    std::uint64_t m_nChanges = 0;
 };
 
 // Writes an index without entries into the page.

@@ -15,9 +15,12 @@ Bytes MemoryPages::File() {
     return m_file;
 }
 
-Bytes MemoryPages::Load(std::uint32_t nPage) {
-    const ByteView page = Part(ByteView(m_file), nPage * Format().nPageSize, Format().nPageSize);
-    return {page.begin(), page.end()};
+void MemoryPages::Load(std::uint32_t nFirst, std::span<Bytes> pages) {
+    std::size_t nPlace = nFirst * Format().nPageSize;
+    for (Bytes& page : pages) {
+        std::ranges::copy(Part(ByteView(m_file), nPlace, page.size()), page.begin());
+        nPlace += page.size();
+    }
 }
 
 void MemoryPages::Keep(const Images& before) {

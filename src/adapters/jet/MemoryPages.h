@@ -20,7 +20,7 @@ class MemoryPages : public CachedPages {
     Bytes File();
 
   protected:
-    Bytes Load(std::uint32_t nPage) override;
+    void Load(std::uint32_t nFirst, std::span<Bytes> pages) override;
     void Keep(const Images& before) override;
 
   private:

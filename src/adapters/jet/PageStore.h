@@ -51,8 +51,9 @@ class PageStore {
     virtual void RollbackTo(int nMark) = 0;
     virtual void Release(int nMark) = 0;
 
-    // A number that is another one after each Change, Append or roll-back, for whoever walks over
-    // pages while somebody changes them.
+    // A number that is another one after each Change, Append or roll-back, and once the pages have
+    // been read anew: as long as it stays, so does what was found on them. What Change gave must
+    // have been written before anybody asks.
     virtual std::uint64_t Changes() const = 0;
 };
 

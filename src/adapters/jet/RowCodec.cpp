@@ -39,14 +39,7 @@ RowView::RowView(const Layout& layout, ByteView row)
     m_nMask = row.size() - nMaskBytes;
 }
 
-bool RowView::Bit(const Column& column) const {
-    const std::size_t nNumber = column.nNumber;
-    return nNumber < m_nColumns && (m_row[m_nMask + nNumber / 8] >> nNumber % 8 & 1) != 0;
-}
-
-std::optional<ByteView> RowView::Field(const Column& column) const {
-    if (!Bit(column)) return std::nullopt;
-    if (!column.IsFixed()) return VariableField(column.nVariableIndex);
+ByteView RowView::FixedField(const Column& column) const {
     return Part(m_row.first(m_nMask), CountBytes(m_layout) + column.nFixedOffset,
                 FixedSize(column));
 }
@@ -56,21 +49,22 @@ std::optional<ByteView> RowView::VariableField(std::size_t nIndex) const {
     if (m_nMask < 2 * nCountBytes) FailRow();
     const std::size_t nCountPlace = m_nMask - nCountBytes;
     if (nIndex >= LoadCount(m_layout, m_row, nCountPlace)) return std::nullopt;
-    const auto offset = [&](std::size_t i) {
-        if (m_layout.generation == Generation::Jet3) return Jet3Offset(i, nCountPlace);
-        if (nCountPlace < 2 * (i + 1)) FailRow();
-        return std::size_t{LoadU16(m_row, nCountPlace - 2 * (i + 1))};
-    };
-    const std::size_t nFrom = offset(nIndex);
-    const std::size_t nEnd = offset(nIndex + 1);
-    if (nFrom < nCountBytes || nEnd < nFrom || nEnd > nCountPlace) FailRow();
-    return m_row.subspan(nFrom, nEnd - nFrom);
+    const Ends ends = m_layout.generation == Generation::Jet3 ? Jet3Ends(nIndex, nCountPlace)
+                                                              : Jet4Ends(nIndex, nCountPlace);
+    if (ends.nFrom < nCountBytes || ends.nEnd < ends.nFrom || ends.nEnd > nCountPlace) FailRow();
+    return m_row.subspan(ends.nFrom, ends.nEnd - ends.nFrom);
+}
+
+RowView::Ends RowView::Jet4Ends(std::size_t nIndex, std::size_t nCountPlace) const {
+    if (nCountPlace < 2 * (nIndex + 2)) FailRow();
+    return {LoadU16(m_row, nCountPlace - 2 * (nIndex + 1)),
+            LoadU16(m_row, nCountPlace - 2 * (nIndex + 2))};
 }
 
 // Ahead of the count of variable columns stand, backwards: one jump for each segment, which names
 // the first entry that lies in it, then the entries' low bytes. The jumps are as many as the whole
 // row has segments beyond the first, and the last of them may have no entry.
-std::size_t RowView::Jet3Offset(std::size_t nIndex, std::size_t nCountPlace) const {
+RowView::Ends RowView::Jet3Ends(std::size_t nIndex, std::size_t nCountPlace) const {
     const std::size_t nEntries = LoadU8(m_row, nCountPlace);
     std::size_t nJumps = (m_row.size() - 1) / kSegment;
     if (nCountPlace < nJumps + nEntries + 1) FailRow();
@@ -78,9 +72,13 @@ std::size_t RowView::Jet3Offset(std::size_t nIndex, std::size_t nCountPlace) con
     const std::size_t nEndEntry = nFirstEntry - nEntries;
     if (nEndEntry / kSegment < nJumps) --nJumps;
     std::size_t nJump = 0;
-    while (nJump < nJumps && m_row[nCountPlace - 1 - nJump] <= nIndex)
-        ++nJump;
-    return m_row[nFirstEntry - nIndex] + nJump * kSegment;
+    const auto offset = [&](std::size_t nEntry) {
+        while (nJump < nJumps && m_row[nCountPlace - 1 - nJump] <= nEntry)
+            ++nJump;
+        return m_row[nFirstEntry - nEntry] + nJump * kSegment;
+    };
+    const std::size_t nFrom = offset(nIndex);
+    return {nFrom, offset(nIndex + 1)};
 }
 
 RowCodec::RowCodec(const TableDefinition& table, const Layout& layout)
@@ -103,11 +101,10 @@ RowCodec::RowCodec(const TableDefinition& table, const Layout& layout)
     }
 }
 
-Value RowCodec::Decode(ByteView row, std::size_t nColumn) const {
+Value RowCodec::Decode(const RowView& row, std::size_t nColumn) const {
     const Column& column = m_table.columns.at(nColumn);
-    const RowView view(m_layout, row);
-    if (column.type == ColumnType::Boolean) return view.Bit(column);
-    const auto field = view.Field(column);
+    if (column.type == ColumnType::Boolean) return row.Bit(column);
+    const auto field = row.Field(column);
     if (!field) return {};
     return DecodeValue(column, *field, m_layout.generation);
 }

@@ -16,13 +16,26 @@ class RowView {
     RowView(const Layout& layout, ByteView row);
 
     // The column's bit in the mask: a Boolean's value, of all others whether they aren't Null.
-    bool Bit(const Column& column) const;
+    bool Bit(const Column& column) const {
+        const std::size_t nNumber = column.nNumber;
+        return nNumber < m_nColumns && (m_row[m_nMask + nNumber / 8] >> nNumber % 8 & 1) != 0;
+    }
     // nullopt for Null. Not for Booleans.
-    std::optional<ByteView> Field(const Column& column) const;
+    std::optional<ByteView> Field(const Column& column) const {
+        if (!Bit(column)) return std::nullopt;
+        return column.IsFixed() ? FixedField(column) : VariableField(column.nVariableIndex);
+    }
 
   private:
+    ByteView FixedField(const Column& column) const;
     std::optional<ByteView> VariableField(std::size_t nIndex) const;
-    std::size_t Jet3Offset(std::size_t nIndex, std::size_t nCountPlace) const;
+    // Where a variable field begins and ends.
+    struct Ends {
+        std::size_t nFrom;
+        std::size_t nEnd;
+    };
+    Ends Jet3Ends(std::size_t nIndex, std::size_t nCountPlace) const;
+    Ends Jet4Ends(std::size_t nIndex, std::size_t nCountPlace) const;
 
     const Layout& m_layout;
     ByteView m_row;
@@ -37,7 +50,7 @@ class RowCodec {
     RowCodec(const TableDefinition& table, const Layout& layout);
 
     // All columns but long ones, which come with LongValues.h.
-    Value Decode(ByteView row, std::size_t nColumn) const;
+    Value Decode(const RowView& row, std::size_t nColumn) const;
 
     // The definition's long columns, as indexes into its columns.
     const std::vector<std::size_t>& LongColumns() const { return m_longColumns; }

@@ -14,6 +14,11 @@ bool RowPages::IsRow(const DataPage& page, std::size_t nRow) const {
 }
 
 bool RowPages::Next(RowPlace& place) const {
+    const RowPlace neighbour{place.nPage, static_cast<std::uint8_t>(place.nRow + 1)};
+    if (neighbour.nRow != 0 && m_pages.PlainRow(neighbour)) {
+        place = neighbour;
+        return true;
+    }
     auto nPage = place.nPage == 0 ? m_pages.Next(0) : std::optional(place.nPage);
     std::size_t nRow = place.nPage == 0 ? 0 : place.nRow + std::size_t{1};
     for (; nPage; nPage = m_pages.Next(*nPage + 1), nRow = 0) {

@@ -72,7 +72,12 @@ struct Table::Parts {
     std::vector<LongValues> longs;  // in the order of RowCodec::LongColumns
     std::optional<std::size_t> autonumber;
     bool bRelated = false;
-    Bytes row;  // the one at hand
+    Bytes row;  // the one that is written
+
+    // The row that was read last, as long as no page changes: columns are read one by one.
+    std::optional<RowView> view;
+    RowPlace viewed;
+    std::uint64_t nViewedAt = 0;
 };
 
 // The long values of a row that is to be written.
@@ -133,22 +138,36 @@ Row Table::Read(RowPlace place) {
     return row;
 }
 
+const RowView& Table::ViewOf(RowPlace place) {
+    const std::uint64_t nNow = m_file.Pages().Changes();
+    if (!m_parts->view || m_parts->viewed != place || m_parts->nViewedAt != nNow) {
+        m_parts->view.reset();
+        m_parts->view.emplace(m_file.Pages().Format(), m_parts->rows.Row(place));
+        m_parts->viewed = place;
+        m_parts->nViewedAt = nNow;
+    }
+    return *m_parts->view;
+}
+
 Value Table::Read(RowPlace place, std::size_t nColumn) {
-    const ByteView row = m_parts->rows.Row(place);
+    const RowView& row = ViewOf(place);
     const Column& column = m_parts->table.columns.at(nColumn);
     if (!column.IsLongValue() || column.IsFixed()) return m_parts->codec.Decode(row, nColumn);
-    const auto field = RowView(m_file.Pages().Format(), row).Field(column);
+    const auto field = row.Field(column);
     if (!field) return {};
     return DecodeLongValue(column, ReadLongValue(m_file.Pages(), *field), m_file.Kind());
 }
 
-std::optional<ByteView> Table::AsciiText(RowPlace place, std::size_t nColumn, Bytes& room) {
+Table::Glance Table::GlanceAt(RowPlace place, std::size_t nColumn, Bytes& room) {
     const Column& column = m_parts->table.columns.at(nColumn);
-    if (!column.IsText() || column.IsFixed()) return std::nullopt;
-    const RowView row(m_file.Pages().Format(), m_parts->rows.Row(place));
-    auto field = row.Field(column);
+    const bool bText = column.IsText() && !column.IsFixed();
+    if (!bText && !HoldsWhole(column.type)) return {};
+    auto field = ViewOf(place).Field(column);
     if (field && column.IsLongValue()) field = ValueInField(*field);
-    return field ? AsciiOf(*field, m_file.Kind(), room) : std::nullopt;
+    if (!field) return {};
+    if (!bText) return DecodeWhole(column, *field);
+    const auto ascii = AsciiOf(*field, m_file.Kind(), room);
+    return ascii ? Glance(*ascii) : Glance();
 }
 
 bool Table::Has(RowPlace place) {

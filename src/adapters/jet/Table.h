@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <variant>
 #include <vector>
 
 #include "adapters/jet/Definition.h"
@@ -11,6 +12,7 @@
 namespace nomira::jet {
 
 class AccessFile;
+class RowView;
 
 // Values in the order of TableDefinition::columns.
 using Row = std::vector<Value>;
@@ -50,9 +52,10 @@ class Table {
     Row Read(RowPlace place);
     // One of them (index into the definition's columns): for whoever needs few of many.
     Value Read(RowPlace place, std::size_t nColumn);
-    // The text of a column as ASCII, if it is such a text and lies in its row: good until the file
-    // or `room` is changed. nullopt for all else, which Read tells.
-    std::optional<ByteView> AsciiText(RowPlace place, std::size_t nColumn, Bytes& room);
+    // One of them as it lies in the row, if it is an integer or a text of ASCII alone (which is
+    // good until the file or `room` is changed). monostate for all else, which Read tells.
+    using Glance = std::variant<std::monostate, std::int64_t, ByteView>;
+    Glance GlanceAt(RowPlace place, std::size_t nColumn, Bytes& room);
     // Whether a row stands there.
     bool Has(RowPlace place);
 
@@ -93,6 +96,7 @@ class Table {
     using Keys = std::vector<Bytes>;
 
     void Make();
+    const RowView& ViewOf(RowPlace place);
     void TakeAutonumber(Row& row) const;
     void RequireValues(std::span<const Value> row) const;
     Keys KeysOf(std::span<const Value> row) const;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 namespace nomira::jet {
 namespace {
@@ -49,12 +50,24 @@ bool IsCompressed(ByteView bytes) {
            std::equal(kCompressedMark.begin(), kCompressedMark.end(), bytes.begin());
 }
 
+constexpr std::uint64_t kOnes = 0x0101010101010101;
+
+// Not 0 if one of the eight bytes is 0 or no ASCII.
+constexpr std::uint64_t OthersIn(std::uint64_t nWord) {
+    return (nWord | (nWord - kOnes)) & kOnes << 7U;
+}
+
 // Without U+0000, and not empty.
 bool IsAscii(ByteView bytes) {
-    unsigned nOthers = bytes.empty() ? 1 : 0;
-    for (const std::uint8_t nByte : bytes)
-        nOthers |= static_cast<unsigned>(nByte == 0) | nByte >> 7U;
-    return nOthers == 0;
+    std::uint64_t nOthers = 0;
+    std::size_t n = 0;
+    for (std::uint64_t nWord = 0; n + sizeof nWord <= bytes.size(); n += sizeof nWord) {
+        std::memcpy(&nWord, bytes.data() + n, sizeof nWord);
+        nOthers |= OthersIn(nWord);
+    }
+    for (; n < bytes.size(); ++n)
+        nOthers |= OthersIn(kOnes << 8U | bytes[n]);
+    return nOthers == 0 && !bytes.empty();
 }
 
 // Of characters of two bytes each.

@@ -65,14 +65,6 @@ void AppendRaw(Bytes& bytes, const Value& value, const Column& column) {
     if (column.IsFixed()) bytes.resize(bytes.size() + nSize - pValue->size());
 }
 
-std::int64_t LoadSigned(ByteView field, std::size_t nBytes) {
-    std::uint64_t nValue = 0;
-    for (std::size_t i = nBytes; i-- > 0;)
-        nValue = nValue << 8 | field[i];
-    const std::size_t nShift = 64 - 8 * nBytes;
-    return static_cast<std::int64_t>(nValue << nShift) >> nShift;
-}
-
 }  // namespace
 
 std::size_t FixedSize(const Column& column) {
@@ -99,15 +91,27 @@ std::size_t FixedSize(const Column& column) {
     }
 }
 
+std::int64_t DecodeWhole(const Column& column, ByteView field) {
+    switch (column.type) {
+        case ColumnType::Byte:
+            return LoadU8(field, 0);
+        case ColumnType::Integer:
+            return static_cast<std::int16_t>(LoadU16(field, 0));
+        case ColumnType::Long:
+            return static_cast<std::int32_t>(LoadU32(field, 0));
+        default:
+            return static_cast<std::int64_t>(LoadLittle<8>(field, 0));
+    }
+}
+
 Value DecodeValue(const Column& column, ByteView field, Generation generation) {
     const std::size_t nSize = FixedSize(column);
     switch (column.type) {
         case ColumnType::Byte:
-            return std::int64_t{LoadU8(field, 0)};
         case ColumnType::Integer:
         case ColumnType::Long:
         case ColumnType::Currency:
-            return LoadSigned(Part(field, 0, nSize), nSize);
+            return DecodeWhole(column, field);
         case ColumnType::Single:
             return static_cast<double>(std::bit_cast<float>(LoadU32(field, 0)));
         case ColumnType::Double:

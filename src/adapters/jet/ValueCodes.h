@@ -9,7 +9,13 @@ namespace nomira::jet {
 // Bytes of a field in the fixed part of a row; 0 for a Boolean.
 std::size_t FixedSize(const Column& column);
 
-// Raises Damaged for a field that is too short for its type.
+// Whether the type's values are integers: DecodeWhole reads them.
+inline bool HoldsWhole(ColumnType type) {
+    return type >= ColumnType::Byte && type <= ColumnType::Currency;
+}
+
+// These raise Damaged for a field that is too short for its type.
+std::int64_t DecodeWhole(const Column& column, ByteView field);
 Value DecodeValue(const Column& column, ByteView field, Generation generation);
 
 // A long column's value: a Memo's text, else the bytes as they are.

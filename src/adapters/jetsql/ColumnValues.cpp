@@ -191,16 +191,24 @@ const char* DeclaredType(const jet::Column& column) {
     return RowOf(column.type).sDeclared;
 }
 
-void GiveAscii(sqlite3_context* context, jet::ByteView text) {
-    GiveText(context, {reinterpret_cast<const char*>(text.data()), text.size()});
+// With a zero at its end: SQLite would else lengthen its copy for whoever reads it.
+void GiveAscii(sqlite3_context* context, jet::ByteView text, std::string& room) {
+    room.assign(text.begin(), text.end());
+    sqlite3_result_text(context, room.c_str(), -1, SQLITE_TRANSIENT);
+}
+
+void GiveWhole(sqlite3_context* context, std::int64_t nValue, const jet::Column& column) {
+    if (column.type == ColumnType::Currency)
+        GiveDecimal(context, TextOfCurrency(nValue));
+    else
+        sqlite3_result_int64(context, nValue);
 }
 
 void GiveResult(sqlite3_context* context, const Value& value, const jet::Column& column) {
     if (const auto* bValue = std::get_if<bool>(&value))
         sqlite3_result_int(context, *bValue ? 1 : 0);
     else if (const auto* nValue = std::get_if<std::int64_t>(&value))
-        column.type == ColumnType::Currency ? GiveDecimal(context, TextOfCurrency(*nValue))
-                                            : sqlite3_result_int64(context, *nValue);
+        GiveWhole(context, *nValue, column);
     else if (const auto* nReal = std::get_if<double>(&value))
         GiveReal(context, *nReal, column);
     else if (const auto* sText = std::get_if<std::u16string>(&value))
@@ -260,6 +268,10 @@ bool CanBeFound(const jet::Column& column) {
 }
 
 bool CanBeCompared(const jet::Column& column) {
+    return IsWhole(column);
+}
+
+bool IsFoundExactly(const jet::Column& column) {
     return IsWhole(column);
 }
 

@@ -7,6 +7,8 @@
 // case. GUID, Binary, OLE: blobs, the bytes as the file has them.
 #pragma once
 
+#include <string>
+
 #include "adapters/jet/Definition.h"
 #include "adapters/jetsql/Sqlite.h"
 
@@ -15,8 +17,10 @@ namespace nomira::jetsql {
 // For a CREATE TABLE.
 const char* DeclaredType(const jet::Column& column);
 
-// Give the value, or the text, as the result of a function or a column.
-void GiveAscii(sqlite3_context* context, jet::ByteView text);
+// Give the value, the text (without U+0000) or the integer as the result of a function or a column.
+// `room` is the text's on its way.
+void GiveAscii(sqlite3_context* context, jet::ByteView text, std::string& room);
+void GiveWhole(sqlite3_context* context, std::int64_t nValue, const jet::Column& column);
 void GiveResult(sqlite3_context* context, const jet::Value& value, const jet::Column& column);
 
 // The value to be written into the column. Raises Constraint for one that is of another kind, or
@@ -40,6 +44,8 @@ KeyValue ValueToFind(sqlite3_value* value, const jet::Column& column);
 // Whether rows of the column can be found by ValueToFind at all, and by a range.
 bool CanBeFound(const jet::Column& column);
 bool CanBeCompared(const jet::Column& column);
+// Whether the rows with the key of a value have just that value: then it is always known or none.
+bool IsFoundExactly(const jet::Column& column);
 
 // The same for the end of a range of whole numbers. `bLower`: rows must be that or more.
 KeyValue BoundToFind(sqlite3_value* value, const jet::Column& column, bool bLower);

@@ -68,8 +68,9 @@ void OpenFile::Read() {
 }
 
 void OpenFile::Look() {
+    if (m_writer != nullptr || m_nWalks > 0) return;
     const auto now = std::chrono::steady_clock::now();
-    if (m_writer != nullptr || m_nWalks > 0 || now - m_looked < kJustNow) return;
+    if (now - m_looked < kJustNow) return;
     if (!m_pages->IsAsRead()) Read();
     m_looked = now;
 }

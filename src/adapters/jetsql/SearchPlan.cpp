@@ -42,6 +42,7 @@ double RowsOf(const jet::Table& table) {
 struct UsedConstraint {
     int nConstraint;
     char cUse;
+    bool bExact = false;  // SQLite need not look at the rows once more
 };
 
 struct Plan {
@@ -112,6 +113,7 @@ Plan PlanForIndex(const Question& question, std::size_t nIndex) {
     Plan plan{.nNumber = kFirstIndex + static_cast<int>(nIndex)};
     plan.nRows = RowsOf(question.table);
     std::size_t nGiven = 0;
+    bool bExact = true;
     for (const jet::IndexColumn& indexed : index.columns) {
         const std::size_t nPlace = definition.ColumnOfNumber(indexed.nColumn);
         const jet::Column& column = definition.columns[nPlace];
@@ -120,7 +122,8 @@ Plan PlanForIndex(const Question& question, std::size_t nIndex) {
                                                            {SQLITE_INDEX_CONSTRAINT_EQ})
                                           : -1;
         if (nConstraint < 0) break;
-        plan.uses.push_back({nConstraint, kEquals});
+        bExact = bExact && IsFoundExactly(column);
+        plan.uses.push_back({nConstraint, kEquals, bExact});
         plan.nRows *= kShareOfColumn;
         ++nGiven;
     }
@@ -203,14 +206,14 @@ bool TryAppendBeginning(jet::Bytes& key, const std::u16string& sBeginning,
 // Makes the range of keys out of a plan's arguments.
 class RangeMaker {
   public:
-    RangeMaker(const jet::Table& table, jet::Generation generation, std::size_t nIndex)
-        : m_definition(table.Definition()), m_generation(generation) {
+    RangeMaker(Search& search, const jet::Table& table, jet::Generation generation,
+               std::size_t nIndex)
+        : m_definition(table.Definition()), m_generation(generation), m_search(search) {
         if (nIndex >= m_definition.realIndexes.size())
             jet::Fail(jet::FailureKind::Damaged, "an index that is gone");
         m_search.way = Search::Way::Index;
         m_search.range.nIndex = nIndex;
-        constexpr std::size_t kUsualKey = 32;
-        m_search.range.lower.reserve(kUsualKey);
+        m_search.range.lower.clear();
     }
 
     // False once nothing narrows the range any further.
@@ -230,7 +233,7 @@ class RangeMaker {
         }
     }
 
-    Search Result() {
+    void Finish() {
         m_search.range.upper = m_search.range.lower;
         // The lower end must come before the upper one in the tree.
         jet::Append(m_search.range.lower, m_low);
@@ -238,7 +241,6 @@ class RangeMaker {
         if (m_search.way == Search::Way::Index && m_search.range.upper.empty() &&
             m_search.range.lower.empty())
             m_search.way = Search::Way::AllRows;
-        return std::move(m_search);
     }
 
   private:
@@ -272,22 +274,21 @@ class RangeMaker {
 
     const jet::TableDefinition& m_definition;
     jet::Generation m_generation;
-    Search m_search;
+    Search& m_search;
     std::size_t m_nColumn = 0;
     jet::IndexColumn m_indexed;
     jet::Bytes m_low;
     jet::Bytes m_high;
 };
 
-Search SearchForRow(sqlite3_value* argument) {
-    Search search{.way = Search::Way::NoRow};
+void MakeSearchForRow(Search& search, sqlite3_value* argument) {
+    search.way = Search::Way::NoRow;
     if (sqlite3_value_numeric_type(argument) == SQLITE_FLOAT) {
         search.way = Search::Way::AllRows;
     } else if (sqlite3_value_numeric_type(argument) == SQLITE_INTEGER &&
                PlaceOf(sqlite3_value_int64(argument), search.place)) {
         search.way = Search::Way::OneRow;
     }
-    return search;
 }
 
 }  // namespace
@@ -298,6 +299,7 @@ int ChoosePlan(const jet::Table& table, jet::Generation generation, sqlite3_inde
     for (const UsedConstraint& use : plan.uses) {
         sUse += use.cUse;
         info.aConstraintUsage[use.nConstraint].argvIndex = static_cast<int>(sUse.size());
+        info.aConstraintUsage[use.nConstraint].omit = use.bExact ? 1 : 0;
     }
     info.idxNum = plan.nNumber;
     info.estimatedCost = plan.nCost;
@@ -309,14 +311,15 @@ int ChoosePlan(const jet::Table& table, jet::Generation generation, sqlite3_inde
     return info.idxStr == nullptr ? SQLITE_NOMEM : SQLITE_OK;
 }
 
-Search SearchFor(const jet::Table& table, jet::Generation generation, int nPlan, const char* sUse,
-                 std::span<sqlite3_value*> arguments) {
-    if (nPlan == kAllRows || sUse == nullptr || arguments.empty()) return {};
-    if (nPlan == kOneRow) return SearchForRow(arguments.front());
-    RangeMaker maker(table, generation, static_cast<std::size_t>(nPlan - kFirstIndex));
+void MakeSearch(Search& search, const jet::Table& table, jet::Generation generation, int nPlan,
+                const char* sUse, std::span<sqlite3_value*> arguments) {
+    search.way = Search::Way::AllRows;
+    if (nPlan == kAllRows || sUse == nullptr || arguments.empty()) return;
+    if (nPlan == kOneRow) return MakeSearchForRow(search, arguments.front());
+    RangeMaker maker(search, table, generation, static_cast<std::size_t>(nPlan - kFirstIndex));
     for (sqlite3_value* argument : arguments)
         if (!maker.Take(*sUse++, argument)) break;
-    return maker.Result();
+    maker.Finish();
 }
 
 }  // namespace nomira::jetsql

@@ -1,6 +1,6 @@
 // How the rows of a query are found: by one of the file's own indexes, by a row's number, or by
-// looking at all of them. An index may find more rows than it was asked for (it knows no case, and
-// no blanks at the end): SQLite looks at each row once more.
+// looking at all of them. An index of texts may find more rows than it was asked for (it knows no
+// case, and no blanks at the end): SQLite looks at each of those rows once more.
 #pragma once
 
 #include <optional>
@@ -32,8 +32,8 @@ struct Search {
     KeyRange range{};       // Index
 };
 
-// What a plan of ChoosePlan comes to with these arguments.
-Search SearchFor(const jet::Table& table, jet::Generation generation, int nPlan, const char* sUse,
-                 std::span<sqlite3_value*> arguments);
+// What a plan of ChoosePlan comes to with these arguments, put in the place of another search.
+void MakeSearch(Search& search, const jet::Table& table, jet::Generation generation, int nPlan,
+                const char* sUse, std::span<sqlite3_value*> arguments);
 
 }  // namespace nomira::jetsql

@@ -66,10 +66,13 @@ struct Cursor : sqlite3_vtab_cursor {
     Cursor() : sqlite3_vtab_cursor{} {}
 
     Search search;
-    std::optional<jet::Table::Scan> scan;
-    std::optional<jet::IndexTree::Cursor> entries;
-    jet::Bytes room;  // for a column's text
+    std::optional<jet::Table::Scan> scan;           // of all rows
+    std::optional<jet::IndexTree::Cursor> entries;  // of an index; kept for the next walk
     bool bAtEnd = true;
+    jet::Table* table = nullptr;       // that is walked over
+    jet::RowPlace place;               // of the row it stands on
+    jet::Bytes room;                   // for a column's text as it is stored
+    std::string sText;                 // and as it is handed over
     std::shared_ptr<OpenFile> walked;  // while the walk lasts
 
     ~Cursor() { EndWalk(); }
@@ -82,6 +85,7 @@ struct Cursor : sqlite3_vtab_cursor {
         session.Open().Look();
         walked = session.Shared();
         walked->AddWalk();
+        table = &Owner().Table();
     }
     void EndWalk() {
         if (walked) walked->EndWalk();
@@ -252,33 +256,57 @@ int CloseCursor(sqlite3_vtab_cursor* cursor) {
 bool IsInRange(const jet::IndexTree::Cursor& entries, const KeyRange& range) {
     if (entries.AtEnd()) return false;
     const jet::ByteView key = entries.Key();
-    const std::size_t nLength = std::min(key.size(), range.upper.size());
-    return !std::lexicographical_compare(range.upper.begin(), range.upper.end(), key.begin(),
-                                         key.begin() + static_cast<std::ptrdiff_t>(nLength));
+    const jet::ByteView start = key.first(std::min(key.size(), range.upper.size()));
+    return jet::CompareEntries(start, range.upper) <= 0;
+}
+
+// Takes up the row that the walk has come to.
+void TakeRow(Cursor& cursor) {
+    if (cursor.search.way == Search::Way::AllRows) {
+        cursor.bAtEnd = cursor.scan->AtEnd();
+        cursor.place = cursor.scan->Place();
+    } else {
+        cursor.bAtEnd = !IsInRange(*cursor.entries, cursor.search.range);
+        if (!cursor.bAtEnd) cursor.place = cursor.entries->Place();
+    }
 }
 
 void Start(Cursor& cursor) {
-    jet::Table& table = cursor.Owner().Table();
-    cursor.scan.reset();
-    if (cursor.search.way != Search::Way::Index) cursor.entries.reset();
-    switch (cursor.search.way) {
+    jet::Table& table = *cursor.table;
+    const Search& search = cursor.search;
+    switch (search.way) {
         case Search::Way::NoRow:
             cursor.bAtEnd = true;
             break;
         case Search::Way::OneRow:
-            cursor.bAtEnd = !table.Has(cursor.search.place);
+            cursor.bAtEnd = !table.Has(search.place);
+            cursor.place = search.place;
             break;
         case Search::Way::AllRows:
             cursor.scan = table.Rows();
-            cursor.bAtEnd = cursor.scan->AtEnd();
+            TakeRow(cursor);
             break;
-        case Search::Way::Index: {
-            const KeyRange& range = cursor.search.range;
+        case Search::Way::Index:
             if (!cursor.entries) cursor.entries.emplace();
-            table.Index(range.nIndex).Seek(*cursor.entries, range.lower);
-            cursor.bAtEnd = !IsInRange(*cursor.entries, range);
+            table.Index(search.range.nIndex).Seek(*cursor.entries, search.range.lower);
+            TakeRow(cursor);
             break;
-        }
+    }
+}
+
+// To the next row of the walk.
+void Advance(Cursor& cursor) {
+    switch (cursor.search.way) {
+        case Search::Way::AllRows:
+            cursor.scan->Next();
+            TakeRow(cursor);
+            break;
+        case Search::Way::Index:
+            cursor.entries->Next();
+            TakeRow(cursor);
+            break;
+        default:
+            cursor.bAtEnd = true;
     }
 }
 
@@ -287,9 +315,8 @@ int Filter(sqlite3_vtab_cursor* vtabCursor, int nPlan, const char* sUse, int nAr
     return Guarded(vtabCursor->pVtab->zErrMsg, [&] {
         Cursor& cursor = Of(vtabCursor);
         cursor.BeginWalk();
-        VirtualTable& owner = cursor.Owner();
-        cursor.search = SearchFor(owner.Table(), owner.Generation(), nPlan, sUse,
-                                  {arguments, static_cast<std::size_t>(nArguments)});
+        MakeSearch(cursor.search, *cursor.table, cursor.Owner().Generation(), nPlan, sUse,
+                   {arguments, static_cast<std::size_t>(nArguments)});
         Start(cursor);
         if (cursor.bAtEnd) cursor.EndWalk();
     });
@@ -298,15 +325,7 @@ int Filter(sqlite3_vtab_cursor* vtabCursor, int nPlan, const char* sUse, int nAr
 int Next(sqlite3_vtab_cursor* vtabCursor) {
     return Guarded(vtabCursor->pVtab->zErrMsg, [&] {
         Cursor& cursor = Of(vtabCursor);
-        if (cursor.scan) {
-            cursor.scan->Next();
-            cursor.bAtEnd = cursor.scan->AtEnd();
-        } else if (cursor.entries) {
-            cursor.entries->Next();
-            cursor.bAtEnd = !IsInRange(*cursor.entries, cursor.search.range);
-        } else {
-            cursor.bAtEnd = true;
-        }
+        Advance(cursor);
         if (cursor.bAtEnd) cursor.EndWalk();
     });
 }
@@ -315,30 +334,26 @@ int IsAtEnd(sqlite3_vtab_cursor* cursor) {
     return Of(cursor).bAtEnd ? 1 : 0;
 }
 
-jet::RowPlace CurrentPlace(const Cursor& cursor) {
-    if (cursor.scan) return cursor.scan->Place();
-    if (cursor.entries) return cursor.entries->Place();
-    return cursor.search.place;
-}
-
 int ReadColumn(sqlite3_vtab_cursor* vtabCursor, sqlite3_context* context, int nColumn) {
     // An update that leaves the column alone doesn't ask for its value.
     if (sqlite3_vtab_nochange(context) != 0) return SQLITE_OK;
     return Guarded(vtabCursor->pVtab->zErrMsg, [&] {
         Cursor& cursor = Of(vtabCursor);
-        jet::Table& table = cursor.Owner().Table();
+        jet::Table& table = *cursor.table;
         const auto nPlace = static_cast<std::size_t>(nColumn);
-        const jet::RowPlace place = CurrentPlace(cursor);
-        if (const auto ascii = table.AsciiText(place, nPlace, cursor.room))
-            GiveAscii(context, *ascii);
+        const jet::Column& column = table.Definition().columns[nPlace];
+        const jet::Table::Glance glance = table.GlanceAt(cursor.place, nPlace, cursor.room);
+        if (const auto* ascii = std::get_if<jet::ByteView>(&glance))
+            GiveAscii(context, *ascii, cursor.sText);
+        else if (const auto* nValue = std::get_if<std::int64_t>(&glance))
+            GiveWhole(context, *nValue, column);
         else
-            GiveResult(context, table.Read(place, nPlace), table.Definition().columns[nPlace]);
+            GiveResult(context, table.Read(cursor.place, nPlace), column);
     });
 }
 
 int ReadRowId(sqlite3_vtab_cursor* vtabCursor, sqlite3_int64* nRowId) {
-    return Guarded(vtabCursor->pVtab->zErrMsg,
-                   [&] { *nRowId = RowIdOf(CurrentPlace(Of(vtabCursor))); });
+    return Guarded(vtabCursor->pVtab->zErrMsg, [&] { *nRowId = RowIdOf(Of(vtabCursor).place); });
 }
 
 // --- Writing.

@@ -219,6 +219,20 @@ TEST_P(FilePagesTest, AWarmFileKnowsWhetherItIsAsRead) {
     EXPECT_FALSE(pages->IsAsRead());
 }
 
+TEST_P(FilePagesTest, WhatIsReadAnewCountsAsChanged) {
+    const auto pages = OpenToWrite(m_path);
+    EXPECT_EQ(pages->Read(5)[9], 5);
+    const std::uint64_t nBefore = pages->Changes();
+    const auto others = OpenToWrite(m_path);
+    others->Change(5)[9] = 77;
+    others->Commit();
+    others->Rest();
+    EXPECT_EQ(pages->Changes(), nBefore);
+    pages->Reload();
+    EXPECT_NE(pages->Changes(), nBefore);
+    EXPECT_EQ(pages->Read(5)[9], 77);
+}
+
 TEST_P(FilePagesTest, AFileThatTookThePlaceOfAnotherIsReadAnew) {
     const auto pages = OpenToWrite(m_path);
     const fs::path other = m_folder / "other.mdb";

@@ -126,7 +126,8 @@ class IndexTreeTest : public ::testing::TestWithParam<Generation> {
                 } else {
                     RemoveNear(key, place);
                 }
-                LookFor(makeKey(random()));
+                for (int nLook = 0; nLook < 4; ++nLook)
+                    LookFor(nLook % 2 == 0 ? makeKey(random()) : NeighbourOf(key));
             }
             ExpectModel();
             if (HasFatalFailure()) return;
@@ -147,6 +148,13 @@ class IndexTreeTest : public ::testing::TestWithParam<Generation> {
         m_model.erase(next);
     }
 
+    // The key behind this one, or the last one.
+    Bytes NeighbourOf(const Bytes& key) const {
+        const auto next = m_model.upper_bound({key, {0xFFFFFF, 0xFF}});
+        if (next != m_model.end()) return next->key;
+        return m_model.empty() ? key : m_model.rbegin()->key;
+    }
+
     void LookFor(const Bytes& key) {
         const auto expected = m_model.lower_bound({key, {}});
         const auto cursor = m_tree.LowerBound(key);
@@ -165,6 +173,52 @@ class IndexTreeTest : public ::testing::TestWithParam<Generation> {
 
 INSTANTIATE_TEST_SUITE_P(Generations, IndexTreeTest,
                          ::testing::Values(Generation::Jet3, Generation::Jet4), NameOf);
+
+// A look that finds its leaf among those that were found before gives what a new tree gives.
+TEST_P(IndexTreeTest, LooksFindTheSameInWhateverOrder) {
+    for (std::uint32_t n = 0; n < 4000; ++n)
+        Insert(BigEndian(n / 3 * 2), {10 + n % 3, 1});
+    const auto look = [&](std::uint32_t n) { LookFor(BigEndian(n)); };
+    for (std::uint32_t n = 0; n < 2700; ++n)
+        look(n);
+    for (std::uint32_t n = 2700; n-- > 0;)
+        look(n);
+    Random random(5);
+    for (int n = 0; n < 3000; ++n)
+        look(random() % 2700);
+    for (std::uint32_t n = 0; n < 900; ++n)
+        for (const std::uint32_t nFrom : {0U, 900U, 1800U})
+            look(nFrom + n);
+}
+
+TEST_P(IndexTreeTest, LooksSeeEachChange) {
+    InsertNumbers(0, 3000);
+    m_pages.Commit();
+    const auto model = m_model;
+    const auto lookAround = [&] {
+        for (std::uint32_t n = 1000; n < 1300; n += 7)
+            LookFor(BigEndian(n));
+    };
+    lookAround();
+    lookAround();
+    for (std::uint32_t n = 0; n < 500; ++n) {
+        const Bytes key = LongKey(n, 40);
+        Insert(key, {5, 5});  // splits leaves
+        LookFor(key);
+        LookFor(BigEndian(1100));
+        LookFor(BigEndian(1101));
+    }
+    for (std::uint32_t n = 1050; n < 1200; ++n) {
+        RemoveNear(BigEndian(n), {n / 200 + 10, static_cast<std::uint8_t>(n % 200)});
+        LookFor(BigEndian(n));
+        LookFor(BigEndian(n + 1));
+    }
+    lookAround();
+    m_pages.Rollback();
+    m_model = model;
+    lookAround();
+    lookAround();
+}
 
 TEST_P(IndexTreeTest, AnEmptyOneHasNothing) {
     EXPECT_TRUE(m_tree.First().AtEnd());

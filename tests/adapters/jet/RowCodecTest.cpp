@@ -58,7 +58,7 @@ class RowCodecTest : public ::testing::TestWithParam<Generation> {
         const RowCodec codec(table, Format());
         std::vector<Value> values;
         for (std::size_t i = 0; i < table.columns.size(); ++i)
-            values.push_back(codec.Decode(row, i));
+            values.push_back(codec.Decode(RowView(Format(), row), i));
         return values;
     }
     FailureKind KindOf(const TableDefinition& table, const std::vector<Value>& values) const {
@@ -274,7 +274,7 @@ TEST(Jet3RowTest, ALongRowHasJumps) {
     ASSERT_EQ(row.size(), 1U + 530U + 4U + 2U + 1U + 1U);
     const Bytes trailer(row.begin() + 531, row.end());
     EXPECT_EQ(trailer, (Bytes{531 - 512, 301 - 256, 201, 1, 3, 2, 3, 0x07}));
-    EXPECT_EQ(codec.Decode(row, 2), Value(Bytes(230, 3)));
+    EXPECT_EQ(codec.Decode(RowView(kJet3Layout, row), 2), Value(Bytes(230, 3)));
 }
 
 TEST(Jet3RowTest, AJumpWithoutAnEntryIsADummy) {
@@ -286,8 +286,8 @@ TEST(Jet3RowTest, AJumpWithoutAnEntryIsADummy) {
     // The data end at 253, and the row behind 256.
     const Bytes trailer(row.begin() + 253, row.end());
     EXPECT_EQ(trailer, (Bytes{253, 101, 1, 0xFF, 2, 0x03}));
-    EXPECT_EQ(codec.Decode(row, 0), Value(Bytes(100, 1)));
-    EXPECT_EQ(codec.Decode(row, 1), Value(Bytes(152, 2)));
+    EXPECT_EQ(codec.Decode(RowView(kJet3Layout, row), 0), Value(Bytes(100, 1)));
+    EXPECT_EQ(codec.Decode(RowView(kJet3Layout, row), 1), Value(Bytes(152, 2)));
 }
 
 // The number of the dummy is the end's own where a table has all the columns that it can have.
@@ -300,8 +300,8 @@ TEST(Jet3RowTest, WithAllColumnsADummyStillIsNoJump) {
     Bytes row;
     RowCodec codec(maker.Get(), kJet3Layout);
     codec.Encode(values, {}, row);
-    EXPECT_EQ(codec.Decode(row, 254), values.back());
-    EXPECT_EQ(codec.Decode(row, 253), Value());
+    EXPECT_EQ(codec.Decode(RowView(kJet3Layout, row), 254), values.back());
+    EXPECT_EQ(codec.Decode(RowView(kJet3Layout, row), 253), Value());
 }
 
 }  // namespace

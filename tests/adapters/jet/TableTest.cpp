@@ -70,22 +70,46 @@ TEST_P(TableTest, ARowComesBackAsItWasInserted) {
     ExpectSound(*m_file);
 }
 
-TEST_P(TableTest, AsciiThatLiesInItsRowNeedsNoCopy) {
-    const auto ascii = [&](RowPlace place, std::size_t nColumn) -> std::optional<std::string> {
+TEST_P(TableTest, IntegersAndAsciiNeedNoCopyWhereTheyLieInTheRow) {
+    constexpr const char* kNone = "none";
+    const auto glance = [&](RowPlace place, std::size_t nColumn) -> std::string {
         Bytes room;
-        const auto found = m_table.AsciiText(place, nColumn, room);
-        if (!found) return std::nullopt;
-        return std::string(found->begin(), found->end());
+        const Table::Glance found = m_table.GlanceAt(place, nColumn, room);
+        if (const auto* nValue = std::get_if<std::int64_t>(&found)) return std::to_string(*nValue);
+        if (const auto* text = std::get_if<ByteView>(&found)) return {text->begin(), text->end()};
+        return kNone;
     };
     const RowPlace plain = Insert(std::u16string(u"Ventil"), {}, std::u16string(u"open"));
-    EXPECT_EQ(ascii(plain, 1), "Ventil");
-    EXPECT_EQ(ascii(plain, 3), "open");
-    EXPECT_EQ(ascii(plain, 0), std::nullopt);  // a number
-    EXPECT_EQ(ascii(plain, 2), std::nullopt);  // Null
-    const RowPlace other = Insert(std::u16string(u"Öl"), {}, Text(500, u'x'));
-    EXPECT_EQ(ascii(other, 1), std::nullopt);
-    EXPECT_EQ(ascii(other, 3), std::nullopt);  // it lies elsewhere
-    EXPECT_EQ(ascii(Insert(std::u16string(), {}, std::u16string()), 1), std::nullopt);
+    EXPECT_EQ(glance(plain, 0), "1");
+    EXPECT_EQ(glance(plain, 1), "Ventil");
+    EXPECT_EQ(glance(plain, 2), kNone);  // Null
+    EXPECT_EQ(glance(plain, 3), "open");
+    EXPECT_EQ(glance(plain, 4), kNone);  // neither
+    const RowPlace other = Insert(std::u16string(u"Öl"), std::int64_t{-7}, Text(500, u'x'));
+    EXPECT_EQ(glance(other, 1), kNone);
+    EXPECT_EQ(glance(other, 2), "-7");
+    EXPECT_EQ(glance(other, 3), kNone);  // it lies elsewhere
+    EXPECT_EQ(glance(Insert(std::u16string(), {}, std::u16string()), 1), kNone);
+}
+
+TEST_P(TableTest, ARowThatIsReadAgainIsAsItIsByThen) {
+    const Value open = std::u16string(u"open");
+    const Value closed = std::u16string(u"closed");
+    const RowPlace place = Insert(open, std::int64_t{1});
+    const RowPlace below = Insert(std::u16string(u"below"), std::int64_t{2});
+    m_file->Pages().Commit();
+    EXPECT_EQ(m_table.Read(place, 1), open);
+    Set(place, 1, closed);
+    EXPECT_EQ(m_table.Read(place, 1), closed);
+    EXPECT_EQ(m_table.Read(below, 2), Value(std::int64_t{2}));
+    m_file->Pages().Rollback();
+    EXPECT_EQ(m_table.Read(place, 1), open);
+    Set(place, 1, Text(200, u'x'));  // the row below moves on its page
+    m_table.Delete(place);
+    EXPECT_EQ(Refusal([&] { m_table.Read(place, 1); }), FailureKind::Damaged);
+    EXPECT_EQ(m_table.Read(below, 2), Value(std::int64_t{2}));
+    m_file->Pages().Rollback();
+    EXPECT_EQ(m_table.Read(place, 1), open);
 }
 
 TEST_P(TableTest, MissingValuesAreNull) {

@@ -37,7 +37,8 @@ std::vector<jet::NewTable> Tables() {
                          {.sName = u"Ole", .type = ColumnType::Ole},
                          {.sName = u"Memo", .type = ColumnType::Memo},
                          {.sName = u"Guid", .type = ColumnType::Guid}},
-             .indexes = {{.sName = u"ByText", .columns = {u"Text"}},
+             .indexes = {{.sName = u"ByBoth", .columns = {u"Text", u"Long"}},
+                         {.sName = u"ByText", .columns = {u"Text"}},
                          {.sName = u"ByShort", .columns = {u"Short", u"Text"}}}},
             {.sName = u"Items",
              .columns = {{.sName = u"Key_id", .type = ColumnType::Long, .bAutonumber = true},
@@ -297,6 +298,51 @@ TEST_P(TableModuleTest, NumbersAreFoundHoweverTheyAreWritten) {
         EXPECT_EQ(handle->Column("SELECT count(*) FROM Items WHERE " + std::string(sCondition)),
                   "7,")
             << sCondition;
+}
+
+// Rows that an index of numbers finds aren't looked at once more; those of an index of texts are.
+TEST_P(TableModuleTest, NumbersBehindATextAreLookedAt) {
+    EXPECT_EQ(handle->Run("INSERT INTO Kinds(Text,Long) VALUES('5',1),('5',2),('5 ',2),('6',2),"
+                          "('a',2),('A',2),('a',NULL)"),
+              "");
+    const auto found = [&](const std::string& sCondition) {
+        const std::string sSql = "FROM Kinds WHERE " + sCondition;
+        EXPECT_NE(handle->Plan("SELECT * " + sSql).find("ByBoth"), std::string::npos) << sSql;
+        return handle->Column("SELECT '<'||Text||'>'||Long " + sSql);
+    };
+    EXPECT_EQ(found("Text='5' AND Long=2"), "<5>2,");
+    EXPECT_EQ(found("Text=5 AND Long=2"), "<5>2,") << "a number for a text: all rows are looked at";
+    EXPECT_EQ(found("Text='a' AND Long=2"), "<a>2,");
+    EXPECT_EQ(found("Text='a' AND Long='2'"), "<a>2,");
+    EXPECT_EQ(found("Text='a' AND Long=2.5"), "");
+}
+
+TEST_P(TableModuleTest, AJoinSeesWhatChangesMeanwhile) {
+    ASSERT_EQ(handle->Run("BEGIN"), "");
+    for (int n = 1; n <= 600; ++n) {
+        const std::string sId = std::to_string(n);
+        ASSERT_EQ(handle->Run("INSERT INTO Items VALUES(" + sId + ",'IO','IN_" + sId + "')"), "");
+        ASSERT_EQ(handle->Run("INSERT INTO Messages VALUES(" + sId + ",99,'text " + sId + "')"),
+                  "");
+    }
+    ASSERT_EQ(handle->Run("COMMIT"), "");
+    const std::string sCount =
+        "SELECT count(*), sum(length(String)) FROM Items INNER JOIN Messages"
+        " ON Items.Key_id = Messages.Key_id WHERE Language_id=99";
+    const auto count = [&] {
+        const Rows rows = handle->Query(sCount);
+        return rows.front()[0] + ' ' + rows.front()[1];
+    };
+    EXPECT_EQ(count(), "600 4692");
+    ASSERT_EQ(handle->Run("BEGIN"), "");
+    ASSERT_EQ(handle->Run("DELETE FROM Messages WHERE Key_id BETWEEN 100 AND 199"), "");
+    EXPECT_EQ(count(), "500 3892");
+    ASSERT_EQ(handle->Run("UPDATE Messages SET String='x' WHERE Key_id=300"), "");
+    ASSERT_EQ(handle->Run("UPDATE Messages SET Language_id=49 WHERE Key_id>500"), "");
+    EXPECT_EQ(count(), "400 3085");
+    ASSERT_EQ(handle->Run("ROLLBACK"), "");
+    EXPECT_EQ(count(), "600 4692");
+    EXPECT_EQ(count(), "600 4692");
 }
 
 // What an index finds is what looking at all rows finds.
