@@ -18,7 +18,8 @@ endif()
 
 # The fuzzer is guided by what it sees of the libraries, not of its own target alone.
 if(NOMIRA_FUZZ)
-    target_compile_options(nomira_options INTERFACE -fsanitize=fuzzer-no-link)
+    target_compile_options(nomira_options INTERFACE -fsanitize=fuzzer-no-link
+        -fsanitize-coverage-ignorelist=${PROJECT_SOURCE_DIR}/fuzz/unguided.txt)
 endif()
 
 # nomira_library(NAME LINKS lib... [PRIVATE_LINKS lib...] SOURCES file...)

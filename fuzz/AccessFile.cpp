@@ -7,17 +7,20 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <set>
 #include <stdexcept>
+#include <utility>
 
 #include "adapters/jet/Checker.h"
+#include "adapters/jet/DataPage.h"
 #include "adapters/jet/Header.h"
 #include "adapters/jet/MemoryPages.h"
 
 namespace nomira::jet {
 namespace {
 
-constexpr int kRows = 12;
-constexpr int kMostReads = 5000;
+constexpr int kRows = 18;
+constexpr std::size_t kMostReads = 5000;
 
 void Require(bool bHolds, const char* sWhat) {
     if (!bHolds) throw std::logic_error(sWhat);
@@ -50,25 +53,45 @@ Row ItemOf(std::size_t nLength, char16_t c) {
     return {Value(), std::u16string(nLength, c), 36526.5, true};
 }
 
+// The file is worth changing as long as it has these.
+void RequireVariety(AccessFile& file, const std::vector<RowPlace>& places) {
+    PageStore& store = file.Pages();
+    const auto& indexes = file.FindTable(u"Items")->Definition().realIndexes;
+    Require(std::ranges::any_of(indexes,
+                                [&](const RealIndex& index) {
+                                    return store.Read(index.nRootPage)[0] ==
+                                           static_cast<std::uint8_t>(PageKind::IndexNode);
+                                }),
+            "no index has more than one page");
+    Require(std::ranges::any_of(places,
+                                [&](RowPlace place) {
+                                    return DataPage(store, place.nPage).Flags(place.nRow) ==
+                                           SlotMoved;
+                                }),
+            "no row has moved");
+}
+
 // Rows that moved, values inline, in a row, in a chain, an index of more than one page.
 void FillTables(AccessFile& file) {
     Table& items = *file.FindTable(u"Items");
     Table& messages = *file.FindTable(u"Messages");
     std::vector<RowPlace> places;
     for (int n = 0; n < kRows; ++n) {
-        Row item =
-            ItemOf(static_cast<std::size_t>(n % 5 * 20), static_cast<char16_t>(u'a' + n % 9));
+        Row item = ItemOf(n % 3 == 0 ? 20 : 250, static_cast<char16_t>(u'a' + n % 9));
         places.push_back(items.Insert(item));
-        constexpr std::size_t kLengths[] = {0, 20, 300, 5000};
-        Row message{item[0], std::int64_t{1}, std::u16string(kLengths[n % 4], u'm')};
+        // The chain is of two pages.
+        const std::size_t nChain = file.Pages().Format().nPageSize + 100;
+        const std::size_t nLength = n == 0 ? nChain : static_cast<std::size_t>(n % 3 * 150);
+        Row message{item[0], std::int64_t{1}, std::u16string(nLength, u'm')};
         messages.Insert(message);
     }
     for (int n = 0; n < kRows; n += 3) {
         Row item = items.Read(places[static_cast<std::size_t>(n)]);
-        item[1] = std::u16string(200, u'z');
+        item[1] = std::u16string(250, u'z');
         items.Update(places[static_cast<std::size_t>(n)], item);
     }
     items.Delete(places[1]);
+    RequireVariety(file, places);
 }
 
 Bytes SoundFile(Generation generation) {
@@ -91,7 +114,7 @@ const Bytes& SoundFileOf(Generation generation) {
 std::unique_ptr<MemoryPages> PagesOf(ByteView input) {
     if (input.size() >= kSignatureBytes)
         if (const auto generation = GenerationOf(input.first(kSignatureBytes)))
-            return std::make_unique<MemoryPages>(*generation, input);
+            return std::make_unique<MemoryPages>(*generation, Bytes(input.begin(), input.end()));
     const auto generation = (input[0] & 1U) != 0 ? Generation::Jet4 : Generation::Jet3;
     Bytes file = SoundFileOf(generation);
     for (std::size_t n = 1; n + 4 <= input.size(); n += 4) {
@@ -99,7 +122,7 @@ std::unique_ptr<MemoryPages> PagesOf(ByteView input) {
             input[n] * LayoutOf(generation).nPageSize + LoadU16(input, n + 1);
         file[nPlace % file.size()] ^= input[n + 3];
     }
-    return std::make_unique<MemoryPages>(generation, file);
+    return std::make_unique<MemoryPages>(generation, std::move(file));
 }
 
 // ---- What is done with it
@@ -119,14 +142,18 @@ bool Try(Part part) {
     }
 }
 
+// Each row once; one that is the same from all sides says no more.
 void ReadThrough(Table& table) {
-    int nReads = 0;
-    for (auto scan = table.Rows(); !scan.AtEnd() && nReads < kMostReads; scan.Next(), ++nReads)
-        Try([&] { table.Read(scan.Place()); });
+    std::set<RowPlace> places;
+    const auto read = [&](RowPlace place) {
+        if (places.insert(place).second) Try([&] { table.Read(place); });
+    };
+    for (auto scan = table.Rows(); !scan.AtEnd() && places.size() < kMostReads; scan.Next())
+        read(scan.Place());
     for (std::size_t n = 0; n < table.Definition().realIndexes.size(); ++n)
         Try([&] {
             for (auto cursor = table.Index(n).First(); !cursor.AtEnd(); cursor.Next())
-                Try([&] { table.Read(cursor.Place()); });
+                read(cursor.Place());
         });
 }
 

@@ -22,6 +22,11 @@ FileBeside::FileBeside(std::filesystem::path target)
     if (!m_file.IsOpen()) RaiseErrno();
 }
 
+FileBeside::FileBeside(std::filesystem::path target, const std::filesystem::path& name)
+    : m_target(std::move(target)),
+      m_sName(name.string()),
+      m_file(Open(name, O_RDWR | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR)) {}
+
 FileBeside::~FileBeside() {
     if (!m_sName.empty()) ::unlink(m_sName.c_str());
 }

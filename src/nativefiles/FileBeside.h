@@ -15,6 +15,8 @@ class FileBeside {
   public:
     // Makes an empty file in the target's folder; no link is followed.
     explicit FileBeside(std::filesystem::path target);
+    // The same under a name of the caller's, in that folder too, for whoever has to find it again.
+    FileBeside(std::filesystem::path target, const std::filesystem::path& name);
     ~FileBeside();
     FileBeside(const FileBeside&) = delete;
     FileBeside& operator=(const FileBeside&) = delete;

@@ -133,6 +133,17 @@ TEST_P(FormatTest, CompactingMakesTheFileSmallerAndKeepsItsRowsAndRights) {
     EXPECT_EQ(run.Run({"db", "verify"}).exit, ExitCode::Done);
 }
 
+TEST_P(FormatTest, CompactingTheFileThatALinkLeadsToLeavesTheLink) {
+    const std::string sFile = run.Write("in.txt", "IN_1 pump\r\n");
+    ASSERT_EQ(run.Run({"import", sFile}).exit, ExitCode::Done);
+    const std::string sTarget = Path("target.mdb");
+    fs::rename(run.Database(), sTarget);
+    fs::create_symlink(sTarget, run.Database());
+    ASSERT_EQ(run.Run({"db", "compact"}).exit, ExitCode::Done);
+    EXPECT_TRUE(fs::is_symlink(run.Database()));
+    EXPECT_EQ(run.Run({"get", "IN_1", "--db", sTarget}).out, "pump\n");
+}
+
 TEST_P(FormatTest, InfoTellsOfAnAccessFilesInside) {
     ExecuteOn(run.Database(), kRows);
     const nlohmann::json info = run.Run({"db", "info", "--json"}).Json();

@@ -34,6 +34,8 @@ constexpr std::size_t kWriteBytes = std::size_t{1} << 20;
 constexpr std::uint16_t kBeingWritten = 0;  // what the commit counter says meanwhile
 constexpr std::uint64_t kFewestPages = 3;
 
+constexpr const char* kSuccessorExtension = ".nomira-new";
+
 constexpr const char* kChanged = "another program has changed the file meanwhile";
 constexpr const char* kHeld = "another program keeps the file to itself";
 constexpr const char* kForeignJournal =
@@ -71,6 +73,12 @@ std::optional<Generation> SniffGeneration(const std::filesystem::path& path) {
     return Translated([&] {
         return GenerationOf(AsBytes(nativefiles::ReadAt(OpenForReading(path), kSignatureBytes, 0)));
     });
+}
+
+std::filesystem::path SuccessorPath(const std::filesystem::path& database) {
+    std::filesystem::path path = database;
+    path += kSuccessorExtension;
+    return path;
 }
 
 FilePages::FilePages(std::filesystem::path path, OpenMode mode, const Layout& layout)
@@ -155,9 +163,11 @@ void FilePages::OpenFile() {
 void FilePages::Attach(bool bLocked) {
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
     for (;;) {
-        // A journal that nobody is at work on is brought into the file.
-        if (m_sWhyNot.empty() && StampOf(JournalPath(m_path)) && (bLocked || TryLock(m_file))) {
+        // A journal that nobody is at work on is brought into the file, and a new file that nobody
+        // writes any more goes.
+        if (m_sWhyNot.empty() && HasLeftovers() && (bLocked || TryLock(m_file))) {
             PlayBack();
+            RemoveSuccessor();
             if (!bLocked) Unlock(m_file);
         }
         if (TryAttach()) return;
@@ -345,6 +355,10 @@ void FilePages::ApplyChange(Replay& replay, const PageChange& change) const {
                   found->second.begin() + static_cast<std::ptrdiff_t>(range.nPlace));
 }
 
+bool FilePages::HasLeftovers() const {
+    return StampOf(JournalPath(m_path)) || StampOf(SuccessorPath(m_path));
+}
+
 // Brings a dead process's journal into the file. The file must be locked.
 void FilePages::PlayBack() {
     auto journal = JournalReader::Open(JournalPath(m_path));
@@ -363,6 +377,16 @@ void FilePages::PlayBack() {
                       [&](std::uint32_t nPage) { return ByteView(replay.pages.at(nPage)); });
     }
     RemoveJournal();
+}
+
+// Of a dead process; the file must be locked. The one of a living process is beside the file that
+// it has locked, which isn't this one if another file has come to the path.
+void FilePages::RemoveSuccessor() const {
+    const auto there = StampOf(m_path);
+    const auto open = Translated([&] { return nativefiles::StatusOf(m_file); });
+    if (!there || there->nInode != open.st_ino || there->nDevice != open.st_dev) return;
+    std::error_code ignored;
+    std::filesystem::remove(SuccessorPath(m_path), ignored);
 }
 
 // ---- Writing

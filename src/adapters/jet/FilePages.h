@@ -25,6 +25,11 @@ namespace nomira::jet {
 // library knows. Raises InputOutput.
 std::optional<Generation> SniffGeneration(const std::filesystem::path& path);
 
+// Beside the file, which is no link: where the one is written that is to take its place. Whoever
+// does so has locked the file; what nobody is at work on goes away when the file is opened to be
+// written.
+std::filesystem::path SuccessorPath(const std::filesystem::path& database);
+
 enum class OpenMode {
     ReadOnly,
     // Reads and writes where that can be, else reads only (CanWrite tells; WhyNotWritable says).
@@ -33,9 +38,10 @@ enum class OpenMode {
 
 class FilePages : public CachedPages {
   public:
-    // Opens the file and plays a journal back that a killed process has left beside it; a file that
-    // is only read is read as if that had been done. Raises Damaged for a file that is no Access
-    // database, and for a journal that isn't this file's, Unsupported, Held, InputOutput.
+    // Opens the file, plays a journal back that a killed process has left beside it, and removes
+    // what such a process has left of a successor; a file that is only read is read as if that had
+    // been done. Raises Damaged for a file that is no Access database, and for a journal that isn't
+    // this file's, Unsupported, Held, InputOutput.
     static std::unique_ptr<FilePages> Open(const std::filesystem::path& path, OpenMode mode);
     // A file that isn't there yet, without a page. Rest makes it, in one step; without Rest nothing
     // is left of it, whatever was committed. Raises InputOutput if something stands there.
@@ -129,7 +135,9 @@ class FilePages : public CachedPages {
     bool Continues(const JournalBase& base, bool bSealed) const;
     Replay ReplayOf(JournalReader& journal) const;
     void ApplyChange(Replay& replay, const PageChange& change) const;
+    bool HasLeftovers() const;
     void PlayBack();
+    void RemoveSuccessor() const;
 
     // Writing
     bool TakeFile(bool bMayReload);

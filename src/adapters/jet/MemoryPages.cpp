@@ -1,13 +1,14 @@
 #include "adapters/jet/MemoryPages.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace nomira::jet {
 
-MemoryPages::MemoryPages(Generation generation, ByteView file)
+MemoryPages::MemoryPages(Generation generation, Bytes file)
     : CachedPages(LayoutOf(generation),
                   static_cast<std::uint32_t>(file.size() / LayoutOf(generation).nPageSize)),
-      m_file(file.begin(), file.end()) {
+      m_file(std::move(file)) {
     m_file.resize(Count() * Format().nPageSize);
 }
 

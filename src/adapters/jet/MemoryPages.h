@@ -12,7 +12,7 @@ class MemoryPages : public CachedPages {
     explicit MemoryPages(Generation generation) : CachedPages(LayoutOf(generation), 0) {}
     // With the pages of a whole file that isn't encrypted; bytes behind the last whole page are
     // left out.
-    MemoryPages(Generation generation, ByteView file);
+    MemoryPages(Generation generation, Bytes file);
 
     bool CanWrite() const override { return true; }
 

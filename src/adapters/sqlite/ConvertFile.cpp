@@ -265,13 +265,15 @@ std::vector<std::string> Convert(const std::filesystem::path& source, StoreForma
         return AccessToAccess(source, target, format);
     if (!bFromSqlite) return AccessToSqlite(source, target);
     if (format != StoreFormat::Sqlite) return SqliteToAccess(source, target);
-    SqliteFile(source, LookAtFile(source).identity).CopyCompacted(target, 0);
+    SqliteFile(source, LookAtFile(source).identity).CopyCompacted(target);
     return {};
 }
 
-void ReplaceFile(const std::filesystem::path& path, const jet::Bytes& bytes) {
+// The file must be locked.
+void ReplaceFile(const std::filesystem::path& link, const jet::Bytes& bytes) {
     OnDisk([&] {
-        nativefiles::FileBeside beside(path);
+        const std::filesystem::path path = std::filesystem::canonical(link);
+        nativefiles::FileBeside beside(path, jet::SuccessorPath(path));
         beside.Write({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
         beside.TakeRights(nativefiles::StatusOf(path));
         beside.ToDisk();

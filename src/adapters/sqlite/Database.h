@@ -79,10 +79,11 @@ class Database {
     // at work on it, so that it must stay as it is, for the last of them to put back.
     bool Rest();
 
-    // Writes a compacted copy into the empty file at `path`. `nEngineType` as EngineType gives it:
-    // an Access file becomes one of that kind, or of its own for 0; other files stay what they are.
-    // Raises EngineFailure.
-    virtual void CopyCompacted(const std::filesystem::path& path, int nEngineType) = 0;
+    // Makes a compacted copy with the rights of this file, on the disk. `nEngineType` as EngineType
+    // gives it: an Access file becomes one of that kind, or of its own for 0; other files stay what
+    // they are. Raises EngineFailure, also if anything stands at `path` already; nothing is left
+    // then.
+    virtual void MakeCompacted(const std::filesystem::path& path, int nEngineType) = 0;
 
   protected:
     // For the existing file that was looked at at the path. Opens nothing yet.

@@ -13,6 +13,7 @@ namespace nomira::sqlite {
 namespace {
 
 constexpr const char* kModule = "nomira_access";
+constexpr mode_t kPermissionBits = 0777;
 
 // Messages go with their item, also in a file that doesn't say so itself.
 std::vector<jetsql::Cascade> Cascades() {
@@ -53,13 +54,13 @@ JetDatabase::~JetDatabase() {
     CloseHandle();
 }
 
-void JetDatabase::CopyCompacted(const std::filesystem::path& path, int nEngineType) {
+void JetDatabase::MakeCompacted(const std::filesystem::path& path, int nEngineType) {
     const jet::Bytes bytes = OnFile([&] {
         m_session->Open().Look();
         jet::AccessFile& source = m_session->File();
         return jet::Compact(source, GenerationFor(nEngineType, source.Kind())).bytes;
     });
-    WriteFile(path, bytes);
+    MakeFile(path, bytes, Identity().nMode & kPermissionBits);
 }
 
 bool JetDatabase::IsBeingWritten() const {

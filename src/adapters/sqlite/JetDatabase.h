@@ -22,7 +22,7 @@ class JetDatabase : public Database {
     JetDatabase(std::filesystem::path path, const FileIdentity& identity);
     ~JetDatabase() override;
 
-    void CopyCompacted(const std::filesystem::path& path, int nEngineType) override;
+    void MakeCompacted(const std::filesystem::path& path, int nEngineType) override;
 
   protected:
     bool IsBeingWritten() const override;

@@ -26,6 +26,12 @@ class NewFile {
     bool m_bKept = false;
 };
 
+// Makes a file with these bytes, which has its name when it is whole and on the disk: where the
+// file system knows files without a name, a process that is killed meanwhile leaves nothing. Raises
+// EngineFailure, also if anything of that name exists already; nothing is left then.
+void MakeFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes,
+              mode_t nPermissions);
+
 // Fills a file that is there with these bytes. Raises EngineFailure.
 void WriteFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes);
 

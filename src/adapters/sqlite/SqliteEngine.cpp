@@ -4,13 +4,10 @@
 
 #include "adapters/sqlite/ConnectionText.h"
 #include "adapters/sqlite/Failure.h"
-#include "adapters/sqlite/NewFile.h"
 #include "adapters/sqlite/SqliteRecordset.h"
 
 namespace nomira::sqlite {
 namespace {
-
-constexpr mode_t kPermissionBits = 0777;
 
 // SQLite's statistics of its memory cost a lock for every allocation, an eighth of a look-up's
 // time, and nobody reads them. Refused, without harm, once SQLite is at work in this process.
@@ -47,9 +44,7 @@ void SqliteEngine::CompactDatabase(TextView sSource, TextView sDestination) {
     // Not given back to the pool: the caller is about to put the copy in the source's place.
     const std::unique_ptr<Database> database = m_pool->Take(sSourcePath);
     if (!database->Rest()) RaiseFailure("the database is in use");
-    NewFile copy(destination, database->Identity().nMode & kPermissionBits);
-    database->CopyCompacted(destination, EngineType(sDestination));
-    copy.Keep();
+    database->MakeCompacted(destination, EngineType(sDestination));
 }
 
 }  // namespace nomira::sqlite

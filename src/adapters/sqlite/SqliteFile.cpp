@@ -8,9 +8,12 @@
 #include <string_view>
 #include <utility>
 
+#include "adapters/sqlite/NewFile.h"
+
 namespace nomira::sqlite {
 namespace {
 
+constexpr mode_t kPermissionBits = 0777;
 constexpr mode_t kAnyoneWrites = S_IWUSR | S_IWGRP | S_IWOTH;
 
 // A file that nobody may write is only read, even by a superuser, whom the system would let write.
@@ -44,7 +47,13 @@ bool SqliteFile::IsAccessFile() const {
            std::end(kAccessMarks);
 }
 
-void SqliteFile::CopyCompacted(const std::filesystem::path& path, int /*nEngineType*/) {
+void SqliteFile::MakeCompacted(const std::filesystem::path& path, int /*nEngineType*/) {
+    NewFile copy(path, Identity().nMode & kPermissionBits);
+    CopyCompacted(path);
+    copy.Keep();
+}
+
+void SqliteFile::CopyCompacted(const std::filesystem::path& path) {
     const StatementPtr statement = Prepare("VACUUM INTO ?1");
     sqlite3_bind_text(statement.get(), 1, path.c_str(), -1, SQLITE_STATIC);
     StepRaw(statement.get());

@@ -21,7 +21,9 @@ class SqliteFile : public Database {
     // descriptor of the file would end all locks that this process has on it.
     bool IsAccessFile() const;
 
-    void CopyCompacted(const std::filesystem::path& path, int nEngineType) override;
+    void MakeCompacted(const std::filesystem::path& path, int nEngineType) override;
+    // Writes a compacted copy into the empty file at `path`. Raises EngineFailure.
+    void CopyCompacted(const std::filesystem::path& path);
 
   protected:
     bool IsBeingWritten() const override;

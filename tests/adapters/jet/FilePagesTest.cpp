@@ -401,6 +401,30 @@ TEST_P(FilePagesTest, TheJournalIsBesideTheFileALinkLeadsTo) {
     EXPECT_EQ(PagesOf(m_path)[4][0], 50);
 }
 
+TEST_P(FilePagesTest, AHalfWrittenSuccessorGoesUnlessSomebodyIsAtWorkOnIt) {
+    const Bytes bytes = ReadFile(m_path);
+    {
+        const auto other = OpenToWrite(m_path);
+        WriteFile(SuccessorPath(m_path), Bytes(100));
+        other->StartWriting();
+        const auto pages = FilePages::Open(m_path, OpenMode::ReadWrite);
+        EXPECT_TRUE(fs::exists(SuccessorPath(m_path)));
+    }
+    FilePages::Open(m_path, OpenMode::ReadOnly);
+    EXPECT_TRUE(fs::exists(SuccessorPath(m_path)));
+    const auto pages = FilePages::Open(m_path, OpenMode::ReadWrite);
+    EXPECT_FALSE(fs::exists(SuccessorPath(m_path)));
+    EXPECT_EQ(ReadFile(m_path), bytes);
+    pages->StartWriting();
+}
+
+TEST_P(FilePagesTest, ASuccessorThatCantBeRemovedIsNoHindrance) {
+    fs::create_directories(SuccessorPath(m_path) / "folder");
+    const auto pages = FilePages::Open(m_path, OpenMode::ReadWrite);
+    EXPECT_TRUE(pages->CanWrite());
+    EXPECT_TRUE(fs::exists(SuccessorPath(m_path)));
+}
+
 TEST_P(FilePagesTest, TheJournalHasTheRightsOfTheFile) {
     fs::permissions(m_path, fs::perms::owner_read | fs::perms::owner_write);
     const auto pages = OpenToWrite(m_path);

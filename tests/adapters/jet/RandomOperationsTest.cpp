@@ -1,5 +1,6 @@
 // Random operations on a file of two related tables, and the same ones on plain maps. The number of
-// operations is a few thousand; the environment variable NOMIRA_JET_OPERATIONS gives another one.
+// operations is a few thousand in each test; the environment variable NOMIRA_JET_OPERATIONS gives
+// another one.
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -13,6 +14,7 @@
 
 #include "SecondReader.h"
 #include "adapters/jet/Checker.h"
+#include "adapters/jet/Compact.h"
 #include "adapters/jet/FilePages.h"
 #include "adapters/jet/KeyCodes.h"
 #include "adapters/jet/MemoryPages.h"
@@ -26,6 +28,11 @@ using Text = std::u16string;
 
 // With more of them the tables only grow, and so does the time that comparing takes.
 constexpr std::size_t kMostItems = 2000;
+
+// Of operations, from one comparison to the next.
+constexpr int kStep = 1000;
+
+constexpr const char* kNoSecondReader = "mdb-export is missing; script/bootstrap installs it";
 
 // What the tables hold.
 struct Item {
@@ -52,7 +59,15 @@ class Home {
     // Everything is committed.
     virtual void Leave(PageStore& store) = 0;
     virtual fs::path PathFor(PageStore& store) = 0;
+    // Puts another file in the place of the one that was left.
+    virtual void Replace(const Bytes& file) = 0;
 };
+
+void WriteFile(const fs::path& path, const Bytes& bytes) {
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+}
 
 fs::path TemporaryPath(const std::string& sName) {
     return fs::temp_directory_path() / ("nomira-" + std::to_string(getpid()) + sName);
@@ -72,11 +87,10 @@ class MemoryHome : public Home {
     void Leave(PageStore& store) override { m_bytes = dynamic_cast<MemoryPages&>(store).File(); }
     fs::path PathFor(PageStore& store) override {
         Leave(store);
-        std::ofstream(m_path, std::ios::binary)
-            .write(reinterpret_cast<const char*>(m_bytes.data()),
-                   static_cast<std::streamsize>(m_bytes.size()));
+        WriteFile(m_path, m_bytes);
         return m_path;
     }
+    void Replace(const Bytes& file) override { m_bytes = file; }
 
   private:
     Generation m_generation;
@@ -98,6 +112,7 @@ class DiskHome : public Home {
         Leave(store);
         return m_path;
     }
+    void Replace(const Bytes& file) override { WriteFile(m_path, file); }
 
   private:
     Generation m_generation;
@@ -118,16 +133,39 @@ class RandomOperations {
         m_store->Commit();
     }
 
-    void Run(int nOperations) {
+    // Comparing alternates with the operations.
+    void Run(int nOperations, void (RandomOperations::*compare)() = &RandomOperations::Compare) {
         for (int n = 1; n <= nOperations && !::testing::Test::HasFailure(); ++n) {
             SCOPED_TRACE("operation " + std::to_string(n));
             RunOne();
-            if (n % 1000 == 0 || n == nOperations) Compare();
+            if (n % kStep == 0 || n == nOperations) (this->*compare)();
         }
     }
 
-    void CompareWithSecondReader() {
-        m_store->Commit();
+    void Compare() {
+        for (const Finding& finding : CheckFile(*m_file))
+            ADD_FAILURE() << finding.sText << ", page " << finding.nPage;
+        Model found;
+        for (auto scan = Items().Rows(); !scan.AtEnd(); scan.Next()) {
+            const Row row = Items().Read(scan.Place());
+            found.items[std::get<std::int64_t>(row[0])] = {std::get<Text>(row[1]),
+                                                           std::get<Text>(row[2])};
+        }
+        for (auto scan = Messages().Rows(); !scan.AtEnd(); scan.Next()) {
+            const Row row = Messages().Read(scan.Place());
+            const MessageKey key{std::get<std::int64_t>(row[0]), std::get<std::int64_t>(row[1])};
+            found.messages[key] =
+                IsNull(row[2]) ? std::nullopt : std::optional(std::get<Text>(row[2]));
+        }
+        EXPECT_TRUE(found == m_now);
+        EXPECT_EQ(Items().RowCount(), m_now.items.size());
+        EXPECT_EQ(Messages().RowCount(), m_now.messages.size());
+    }
+
+    // The rows as both readers see them.
+    void CompareTwice() {
+        Compare();
+        Commit();
         const fs::path path = m_home.PathFor(*m_store);
         for (const char* sTable : {"Items", "Messages"}) {
             const auto printed = testing::PrintTable(path, sTable);
@@ -265,19 +303,20 @@ class RandomOperations {
     // ---- Operations
 
     void RunOne() {
-        static constexpr std::array<Weighted, 12> kOperations{{
-            {30, &RandomOperations::InsertItem},
-            {6, &RandomOperations::InsertItemOfKey},
-            {60, &RandomOperations::InsertMessage},
-            {25, &RandomOperations::UpdateItem},
-            {35, &RandomOperations::UpdateMessage},
-            {10, &RandomOperations::MoveMessage},
-            {7, &RandomOperations::DeleteItem},
-            {15, &RandomOperations::DeleteMessage},
-            {3, &RandomOperations::TryForbidden},
-            {4, &RandomOperations::Commit},
-            {1, &RandomOperations::RollBack},
-            {1, &RandomOperations::Reopen},
+        static constexpr std::array<Weighted, 13> kOperations{{
+            {300, &RandomOperations::InsertItem},
+            {60, &RandomOperations::InsertItemOfKey},
+            {600, &RandomOperations::InsertMessage},
+            {250, &RandomOperations::UpdateItem},
+            {350, &RandomOperations::UpdateMessage},
+            {100, &RandomOperations::MoveMessage},
+            {70, &RandomOperations::DeleteItem},
+            {150, &RandomOperations::DeleteMessage},
+            {30, &RandomOperations::TryForbidden},
+            {40, &RandomOperations::Commit},
+            {10, &RandomOperations::RollBack},
+            {10, &RandomOperations::Reopen},
+            {4, &RandomOperations::ReplaceByCompacted},
         }};
         unsigned nAll = 0;
         for (const Weighted& weighted : kOperations)
@@ -409,26 +448,14 @@ class RandomOperations {
         Take(m_home.Open());
     }
 
-    // ---- Comparison
-
-    void Compare() {
-        for (const Finding& finding : CheckFile(*m_file))
-            ADD_FAILURE() << finding.sText << ", page " << finding.nPage;
-        Model found;
-        for (auto scan = Items().Rows(); !scan.AtEnd(); scan.Next()) {
-            const Row row = Items().Read(scan.Place());
-            found.items[std::get<std::int64_t>(row[0])] = {std::get<Text>(row[1]),
-                                                           std::get<Text>(row[2])};
-        }
-        for (auto scan = Messages().Rows(); !scan.AtEnd(); scan.Next()) {
-            const Row row = Messages().Read(scan.Place());
-            const MessageKey key{std::get<std::int64_t>(row[0]), std::get<std::int64_t>(row[1])};
-            found.messages[key] =
-                IsNull(row[2]) ? std::nullopt : std::optional(std::get<Text>(row[2]));
-        }
-        EXPECT_TRUE(found == m_now);
-        EXPECT_EQ(Items().RowCount(), m_now.items.size());
-        EXPECT_EQ(Messages().RowCount(), m_now.messages.size());
+    void ReplaceByCompacted() {
+        Commit();
+        const CompactedFile compacted = Compact(*m_file, m_generation);
+        EXPECT_TRUE(compacted.leftOut.empty());
+        m_home.Leave(*m_store);
+        m_file.reset();
+        m_home.Replace(compacted.bytes);
+        Take(m_home.Open());
     }
 
     Home& m_home;
@@ -440,9 +467,9 @@ class RandomOperations {
     Model m_committed;
 };
 
-int Operations() {
+int Operations(int nUsually) {
     const char* sOperations = std::getenv("NOMIRA_JET_OPERATIONS");
-    return sOperations == nullptr ? 6000 : std::atoi(sOperations);
+    return sOperations == nullptr ? nUsually : std::atoi(sOperations);
 }
 
 class RandomOperationsTest : public ::testing::TestWithParam<Generation> {};
@@ -456,26 +483,21 @@ INSTANTIATE_TEST_SUITE_P(Generations, RandomOperationsTest,
 TEST_P(RandomOperationsTest, ATableFileHoldsWhatPlainMapsHold) {
     MemoryHome home(GetParam());
     RandomOperations operations(home, GetParam(), 20010305);
-    operations.Run(Operations());
+    operations.Run(Operations(6000));
 }
 
-TEST_P(RandomOperationsTest, AFileOnTheDiskHoldsWhatPlainMapsHold) {
+TEST_P(RandomOperationsTest, AFileOnTheDiskHoldsWhatPlainMapsHoldForAnotherReaderToo) {
+    ASSERT_TRUE(testing::HasSecondReader()) << kNoSecondReader;
     DiskHome home(GetParam());
     RandomOperations operations(home, GetParam(), 7);
-    operations.Run(Operations() / 3);
+    operations.Run(Operations(3000), &RandomOperations::CompareTwice);
 }
 
 TEST_P(RandomOperationsTest, AnotherReaderSeesTheSameRows) {
-    ASSERT_TRUE(testing::HasSecondReader())
-        << "mdb-export is missing; script/bootstrap installs it";
-    MemoryHome memory(GetParam());
-    RandomOperations inMemory(memory, GetParam(), 1);
-    inMemory.Run(Operations() / 3);
-    inMemory.CompareWithSecondReader();
-    DiskHome disk(GetParam());
-    RandomOperations onDisk(disk, GetParam(), 2);
-    onDisk.Run(Operations() / 6);
-    onDisk.CompareWithSecondReader();
+    ASSERT_TRUE(testing::HasSecondReader()) << kNoSecondReader;
+    MemoryHome home(GetParam());
+    RandomOperations operations(home, GetParam(), 1);
+    operations.Run(Operations(2000), &RandomOperations::CompareTwice);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <list>
+#include <map>
 #include <memory>
 #include <numeric>
 #include <stdexcept>
@@ -142,6 +143,24 @@ bool IsSameRow(const std::vector<Column>& columns, const std::vector<std::size_t
     return true;
 }
 
+// The place among the printed fields of a column whose numbers are printed as they are; the number
+// of columns if there is none.
+std::size_t NumberField(const std::vector<Column>& columns, const std::vector<std::size_t>& order) {
+    const auto found = std::ranges::find_if(
+        order, [&](std::size_t n) { return columns[n].type == ColumnType::Long; });
+    return static_cast<std::size_t>(found - order.begin());
+}
+
+// Rows by what that field holds, so that each is sought among a few; all of them without a field.
+std::string FieldAt(const std::vector<std::string>& printed, std::size_t nField) {
+    return nField < printed.size() ? printed[nField] : "";
+}
+std::string FieldOf(const Row& row, const std::vector<std::size_t>& order, std::size_t nField) {
+    if (nField == order.size()) return "";
+    const auto* nNumber = std::get_if<std::int64_t>(&row[order[nField]]);
+    return nNumber == nullptr ? kNull : std::to_string(*nNumber);
+}
+
 std::vector<std::string> Cut(const std::string& s, const std::string& sEnd) {
     std::vector<std::string> parts;
     std::size_t nFrom = 0;
@@ -190,23 +209,31 @@ PrintedRows PrintTable(const std::filesystem::path& file, const std::string& sTa
 std::string DifferenceOf(Table& table, const PrintedRows& printed) {
     const std::vector<Column>& columns = table.Definition().columns;
     const std::vector<std::size_t> order = OrderOf(columns);
-    // Mostly in the same order; rows that moved come elsewhere.
-    std::list<std::vector<std::string>> left(printed.begin(), printed.end());
+    const std::size_t nField = NumberField(columns, order);
+    std::map<std::string, std::list<std::vector<std::string>>> left;
+    for (const std::vector<std::string>& fields : printed)
+        left[FieldAt(fields, nField)].push_back(fields);
     for (auto scan = table.Rows(); !scan.AtEnd(); scan.Next()) {
         const Row row = table.Read(scan.Place());
-        const auto same = std::ranges::find_if(left, [&](const std::vector<std::string>& fields) {
-            return IsSameRow(columns, order, row, fields);
-        });
-        if (same == left.end())
+        auto& candidates = left[FieldOf(row, order, nField)];
+        const auto same =
+            std::ranges::find_if(candidates, [&](const std::vector<std::string>& fields) {
+                return IsSameRow(columns, order, row, fields);
+            });
+        if (same == candidates.end())
             return "not printed: page " + std::to_string(scan.Place().nPage) + ", row " +
                    std::to_string(scan.Place().nRow);
-        left.erase(same);
+        candidates.erase(same);
     }
-    if (left.empty()) return "";
-    std::string sRow = "printed and not there:";
-    for (const std::string& sField : left.front())
-        sRow += ' ' + sField;
-    return sRow;
+    std::string sDifference;
+    for (const auto& [sNumber, rows] : left)
+        for (const std::vector<std::string>& fields : rows) {
+            sDifference += "printed and not there:";
+            for (const std::string& sField : fields)
+                sDifference += ' ' + sField;
+            sDifference += '\n';
+        }
+    return sDifference;
 }
 
 }  // namespace nomira::jet::testing

@@ -207,9 +207,8 @@ TEST_P(JetDatabaseTest, OtherTablesGoIntoAnSqliteFileWithTheirRowsAlone) {
     {
         std::ifstream in(db.Path(), std::ios::binary);
         const std::string sBytes(std::istreambuf_iterator<char>(in), {});
-        pages = std::make_unique<jet::MemoryPages>(
-            memory.Format().generation,
-            jet::ByteView(reinterpret_cast<const std::uint8_t*>(sBytes.data()), sBytes.size()));
+        pages = std::make_unique<jet::MemoryPages>(memory.Format().generation,
+                                                   jet::Bytes(sBytes.begin(), sBytes.end()));
     }
     jet::MemoryPages& copied = *pages;
     jet::AccessFile file(std::move(pages));
