@@ -69,6 +69,20 @@ TEST_F(NomiractlUndoTest, UndoGivesEveryRowBackWithItsNumberAndItsOtherLanguages
     EXPECT_EQ(Rows(), before);
 }
 
+// Nothing declares a name to be one: an import gives all items of it the text, and of these two
+// only the first one changes.
+TEST_F(NomiractlUndoTest, UndoLeavesATwinAloneThatHadTheTextAlready) {
+    Import("IN_1 a\r\n");
+    nomira::testing::ExecuteOn(m_run.Database(),
+                               "INSERT INTO Items VALUES(50,'IO','IN_1');"
+                               "INSERT INTO Messages VALUES(50,99,'b')");
+    const auto before = Rows();
+    Import("IN_1 b\r\n");
+    EXPECT_NE(Rows(), before);
+    ExpectDone(m_run.Run({"undo"}));
+    EXPECT_EQ(Rows(), before);
+}
+
 TEST_F(NomiractlUndoTest, OneUndoAfterAnotherGoesBackInTime) {
     const auto empty = Rows();
     Import("IN_1 a\r\n");

@@ -102,13 +102,15 @@ bool IsSameItem(const ItemChange& change) {
 
 using Side = std::optional<ItemRow> ItemChange::*;
 
-// Whether the rows have that side of the changes, and no others of the same ids or names.
+// Whether the rows have that side of the changes, and no others of the names that come or go with
+// them. Where only texts change, an item may have a twin that had its text already.
 bool Hold(const std::vector<ItemChange>& changes, const Rows& rows, Side side) {
     std::set<Name> names;
     std::unordered_map<std::int64_t, const ItemRow*> expected;  // nullptr: no such row
     for (const ItemChange& change : changes) {
-        for (const auto& row : {change.before, change.after})
-            if (row) names.insert(NameOf(*row));
+        if (!IsSameItem(change))
+            for (const auto& row : {change.before, change.after})
+                if (row) names.insert(NameOf(*row));
         const auto& row = change.*side;
         const std::int64_t nId = (change.before ? change.before : change.after)->nKeyId;
         expected[nId] = row ? &*row : nullptr;
